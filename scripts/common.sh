@@ -1,0 +1,41 @@
+# Sourced by the other scripts: finds the checkout, installs what is missing, builds a preset.
+set -euo pipefail
+top=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+cd "$top"
+
+fail() {
+  echo "$(basename "$0"): $*" >&2
+  exit 1
+}
+
+# Installs the packages of scripts/packages.txt that are not there yet.
+install_packages() {
+  local missing=() package
+  while read -r package; do
+    dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'ok installed' ||
+      missing+=("$package")
+  done < <(grep -v '^#' scripts/packages.txt)
+  [ ${#missing[@]} -eq 0 ] && return 0
+  echo "Installing: ${missing[*]}"
+  local root=()
+  if [ "$(id -u)" -ne 0 ]; then
+    command -v sudo >/dev/null || fail "these packages are missing, ask root for them: ${missing[*]}"
+    root=(sudo)
+  fi
+  "${root[@]}" apt-get update -q
+  "${root[@]}" env DEBIAN_FRONTEND=noninteractive \
+    apt-get install -y -q --no-install-recommends "${missing[@]}"
+}
+
+# build PRESET [TARGET...]
+build() {
+  local preset=$1
+  shift
+  # CMake keeps absolute paths: a build folder that came with a moved checkout is made anew.
+  local cache=build/$preset/CMakeCache.txt
+  if [ -e "$cache" ] && ! grep -qx "CMAKE_HOME_DIRECTORY:INTERNAL=$top" "$cache"; then
+    rm -r "build/$preset"
+  fi
+  cmake --preset "$preset" --log-level=WARNING
+  cmake --build --preset "$preset" ${1:+--target "$@"}
+}

@@ -1,0 +1,31 @@
+// The live settings are the fields of the form; these two procedures carry them between the form
+// and the store: once at start-up, once at shutdown. No field is checked here: who uses a setting
+// validates it. They own nothing.
+#pragma once
+
+#include <string>
+
+#include "app/settings_store.h"
+#include "form/form.h"
+#include "platform/debug_log.h"
+#include "platform/one_based.h"
+
+namespace velmora {
+
+// The address filter as an array: a host whose address begins with an entry stays out of the cache.
+using FilterArray = OneBased<std::string>;
+
+// Fills the controls. A key that the store does not have leaves its control as it is. A stored
+// text that is no number where one is needed ends the loading there: raises a PlatformError.
+void load_settings(Form& form, const SettingsStore& store, FilterArray& filter);
+
+// Writes every control to the store and the store to its file. Traps its errors: "Save_settings: ".
+void Save_settings(const Form& form, SettingsStore& store, DebugLog& log);
+
+// Puts the private address ranges into an empty filter list and shows their number.
+void seed_default_filters(Form& form);
+
+// Copies the filter list into the array.
+void rebuild_filter_array(const Form& form, FilterArray& filter);
+
+}  // namespace velmora

@@ -1,0 +1,16 @@
+// The small windows that show what the program noted: the debug log and the unknown descriptors,
+// opened from their labels and hidden by their buttons, and the help messages. It wires these
+// controls and keeps nothing.
+#pragma once
+
+#include "form/form.h"
+#include "platform/message_boxes.h"
+
+namespace velmora {
+
+class SmallWindowCommands {
+ public:
+  SmallWindowCommands(Form& form, MessageBoxes& boxes);
+};
+
+}  // namespace velmora

@@ -1,0 +1,46 @@
+// Follows entries of the download list until each of them has ended: progress bars on a terminal,
+// else a line for each when it ends. The downloads are the servent's and go on without this.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "cli/context.h"
+#include "cli/progress.h"
+
+namespace velmora::cli {
+
+class Follow {
+ public:
+  explicit Follow(Context& context) : context_(context) {}
+  // `status`: what the entry showed before it was started (again).
+  void add(std::size_t row, const std::string& name, const std::string& status);
+  // Follows them all; raises a Failure when one ends otherwise than "Done". Needs a subscription
+  // to `ldown`.
+  void run();
+
+ private:
+  struct Entry {
+    std::size_t row;
+    std::string name;
+    std::string status_before;
+    std::string status;
+    std::uint64_t size = 0;
+    RateMeter meter;
+    bool over = false;
+  };
+
+  void look();
+  void look_at(Entry& entry, const List& list);
+  [[nodiscard]] bool all_over() const;
+  void draw();
+  void report() const;
+
+  Context& context_;
+  std::vector<Entry> entries_;
+  Clock::time_point started_;
+  std::size_t lines_drawn_ = 0;
+};
+
+}  // namespace velmora::cli

@@ -1,0 +1,134 @@
+#include "cli/progress.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+
+#include "cli/visible_text.h"
+
+namespace velmora::cli {
+namespace {
+
+constexpr std::size_t kSamples = 12;
+constexpr std::size_t kBar = 16;
+constexpr std::size_t kBarAndTexts = 54;  // the widest of what stands beside a name
+constexpr std::string_view kDigits = "0123456789";
+
+// The number before the first per cent sign; a comma or a point may stand before its decimals.
+std::optional<double> percentage(std::string_view text) {
+  const std::size_t sign = text.find('%');
+  if (sign == std::string_view::npos) return std::nullopt;
+  const std::size_t last = text.substr(0, sign).find_last_not_of(' ');
+  if (last == std::string_view::npos) return std::nullopt;
+  const std::size_t before = text.substr(0, last + 1).find_last_not_of("0123456789.,");
+  const std::size_t first = before == std::string_view::npos ? 0 : before + 1;
+  std::string digits(text.substr(first, last + 1 - first));
+  std::replace(digits.begin(), digits.end(), ',', '.');
+  double value = 0;
+  if (std::from_chars(digits.data(), digits.data() + digits.size(), value).ec != std::errc()) {
+    return std::nullopt;
+  }
+  return std::clamp(value, 0.0, 100.0);
+}
+
+}  // namespace
+
+std::uint64_t read_count(std::string_view text) {
+  std::uint64_t value = 0;
+  const std::size_t first = text.find_first_of(kDigits);
+  if (first == std::string_view::npos) return 0;
+  for (const char c : text.substr(first)) {
+    if (c == ',') continue;
+    if (c < '0' || c > '9' || value > UINT64_MAX / 10 - 1) break;
+    value = value * 10 + static_cast<std::uint64_t>(c - '0');
+  }
+  return value;
+}
+
+DownloadStatus read_download_status(std::string_view status, std::uint64_t size) {
+  if (status == "Done") return {Phase::done, std::nullopt};
+  if (status.starts_with("Downloading")) {
+    std::optional<double> percent = percentage(status);
+    const std::uint64_t bytes = read_count(status);
+    if (!percent && size > 0 && bytes > 0 && bytes <= size) {
+      percent = 100.0 * static_cast<double>(bytes) / static_cast<double>(size);
+    }
+    return {Phase::running, percent};
+  }
+  for (const std::string_view waiting : {"Queued", "Requesting", "Connected", "Connecting"}) {
+    if (status.starts_with(waiting)) return {Phase::waiting, std::nullopt};
+  }
+  return {Phase::ended, std::nullopt};
+}
+
+void RateMeter::add(double now, double bytes) {
+  if (!samples_.empty() && bytes < samples_.back().bytes) samples_.clear();  // begun anew
+  if (!samples_.empty() && bytes <= samples_.back().bytes) return;
+  samples_.push_back({now, bytes});
+  if (samples_.size() > kSamples) samples_.pop_front();
+}
+
+double RateMeter::rate(double now) const {
+  if (samples_.size() < 2) return 0;
+  const double span = samples_.back().time - samples_.front().time;
+  const double usual = span / static_cast<double>(samples_.size() - 1);
+  // twice the usual pause between two changes, and two seconds more, still count as going on
+  const double idle = now - samples_.back().time;
+  const double time = idle > 2 * usual + 2 ? span + idle : span;
+  return time > 0 ? (samples_.back().bytes - samples_.front().bytes) / time : 0;
+}
+
+std::string shown_size(double bytes) {
+  static constexpr std::array<std::string_view, 5> kUnits = {"B", "KiB", "MiB", "GiB", "TiB"};
+  std::size_t unit = 0;
+  while (bytes >= 1024 && unit + 1 < kUnits.size()) {
+    bytes /= 1024;
+    ++unit;
+  }
+  return unit == 0 ? fmt::format("{:.0f} B", bytes)
+                   : fmt::format("{:.1f} {}", bytes, kUnits.at(unit));
+}
+
+std::string shown_time(double seconds) {
+  constexpr double kLongest = 99 * 3600.0;
+  const auto whole = static_cast<long>(std::clamp(std::ceil(seconds), 0.0, kLongest));
+  if (whole < 3600) return fmt::format("{}:{:02}", whole / 60, whole % 60);
+  return fmt::format("{}:{:02}:{:02}", whole / 3600, whole / 60 % 60, whole % 60);
+}
+
+std::string shown_count(std::uint64_t n) {
+  std::string text = std::to_string(n);
+  for (std::size_t at = text.size(); at > 3; at -= 3) text.insert(at - 3, ",");
+  return text;
+}
+
+std::string progress_line(std::string_view name, std::string_view status, std::uint64_t size,
+                          double rate, std::size_t width) {
+  const DownloadStatus read = read_download_status(status, size);
+  std::string right = visible(status);
+  const std::optional<double> percent = read.phase == Phase::done ? 100.0 : read.percent;
+  if (percent) {
+    const auto filled = static_cast<std::size_t>(*percent * kBar / 100);
+    right = fmt::format("[{}{}] {:3.0f} %", std::string(filled, '#'),
+                        std::string(kBar - filled, '-'), std::floor(*percent));
+    if (read.phase == Phase::done) {
+      right += "  Done";
+    } else if (rate > 0) {
+      const double left = static_cast<double>(size) * (100 - *percent) / 100;
+      right += fmt::format("  {}/s  {} left", shown_size(rate), shown_time(left / rate));
+    }
+  }
+  right = cut_to(right, width);
+  const std::size_t space = width - columns(right);
+  if (space < 4) return right;
+  // one width for all names, so that the bars stand below each other
+  const std::size_t wanted = width > kBarAndTexts ? width - kBarAndTexts : 0;
+  const std::size_t name_width =
+      std::min<std::size_t>(space - 2, std::clamp<std::size_t>(wanted, 16, 40));
+  return padded(cut_to(visible(name), name_width), name_width) + "  " + right;
+}
+
+}  // namespace velmora::cli

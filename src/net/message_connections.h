@@ -1,0 +1,119 @@
+// The message connections: the TCP connections over which descriptors flow. It owns the listening
+// socket (element 0 of the `msg` array), every connection's socket with its two timers, and the
+// array connection_slots that describes them; all three share one index. It does the handshake,
+// drops silent peers, and frees a slot 5000 ms after its connection ended. What the bytes mean is
+// the framing's business, where they go the router's.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "form/form.h"
+#include "net/connection_slot.h"
+#include "net/message_socket.h"
+#include "net/routing_table.h"
+#include "net/traffic_counters.h"
+#include "platform/debug_log.h"
+#include "platform/one_based.h"
+#include "platform/platform.h"
+#include "protocol/framing.h"
+
+namespace velmora {
+
+// At most so many connections may be opening at a time; further ones wait to be accepted.
+inline constexpr std::size_t kMaxOpening = 200;
+// Slot indexes are 16-bit numbers.
+inline constexpr std::size_t kMaxConnections = 32767;
+
+class MessageConnections : public ListenerEvents, private MessageSocketOwner {
+ public:
+  MessageConnections(EventLoop& loop, Network& network, Form& form, DebugLog& log,
+                     TrafficCounters& counters, RoutingTable& routes);
+  ~MessageConnections() override;
+
+  // The framing that is given every chunk of descriptor data; set once, before anything connects.
+  void deliver_to(Framing& framing) { framing_ = &framing; }
+
+  // Opens element 0; an earlier listener is closed first. Raises the platform's error.
+  void listen(std::uint16_t port);
+  void close_listener() { listener_.reset(); }
+  // What the socket layer reports for element 0. Without a listener the port is 0.
+  [[nodiscard]] std::string local_address() const;
+  [[nodiscard]] std::int16_t local_port() const;
+
+  // Returns "" when the attempt has started, else the message to show.
+  std::string connect_out(const std::string& address, std::int16_t port,
+                          const std::string& host_name);
+
+  // Sends the string on a connection; no state is checked. Raises the platform's error, and
+  // "Overflow" for a string longer than 32767 bytes.
+  void msgwrite(std::size_t index, std::string_view data);
+
+  // Starts the free timer of a connection whose socket is gone or being closed.
+  void free_msg_socket(std::size_t index);
+
+  // A person ends the connection: closes its socket at once. Nothing for a free slot.
+  void disconnect(std::size_t index);
+
+  void set_hosts_stat(std::size_t index, const SlotChange& change);
+
+  // Slots 1 to the upper bound; the counts of a slot are raised by the router.
+  [[nodiscard]] OneBased<ConnectionSlot>& connection_slots() { return slots_; }
+  [[nodiscard]] const OneBased<ConnectionSlot>& connection_slots() const { return slots_; }
+  // Whether descriptors flow on it; index 0 and others out of range are not connected.
+  [[nodiscard]] bool connected(std::size_t index) const;
+  [[nodiscard]] std::size_t unsent(std::size_t index) const;
+
+  // Recounts count_in and count_out; the list refresh calls it. The inbound limit is tested
+  // against the last refresh, so a burst can pass it.
+  void recount();
+  [[nodiscard]] std::int16_t count_in() const { return count_in_; }
+  [[nodiscard]] std::int16_t count_out() const { return count_out_; }
+
+  // Unloads every socket in use.
+  void close_all();
+
+  void on_accept(std::unique_ptr<Socket> pending) override;
+
+ private:
+  std::size_t free_index() const;
+  std::size_t Connect_in_msg_socket(std::unique_ptr<Socket> pending);
+  MessageSocket& load(std::size_t index);
+  void unload(std::size_t index);
+  void load_timeout(std::size_t index);
+  void connection_stands(std::size_t index, const char* way);
+  void note_opening_change();
+
+  // Events of element `index`.
+  void msg_Connect(std::size_t index) override;
+  void msg_Timeout(std::size_t index) override;
+  void msg_Read(std::size_t index, std::string_view data) override;
+  void msg_Disconnect(std::size_t index) override;
+  void timeout_msg_t_Timer(std::size_t index);
+  void free_msgsock_t_Timer(std::size_t index);
+
+  void hand_over(std::size_t index, std::string_view data, bool first);
+  void continue_chunk(std::size_t index, std::uint64_t generation);
+
+  EventLoop& loop_;
+  Network& network_;
+  Form& form_;
+  DebugLog& log_;
+  TrafficCounters& counters_;
+  RoutingTable& routes_;
+  Framing* framing_ = nullptr;
+  std::unique_ptr<Listener> listener_;
+  OneBased<ConnectionSlot> slots_{kMaxConnections};
+  OneBased<std::unique_ptr<MessageSocket>> elements_{kMaxConnections};
+  std::uint64_t generations_ = 0;
+  std::size_t opening_ = 0;
+  std::int16_t count_in_ = 0;
+  std::int16_t count_out_ = 0;
+  // Continuations outlive nothing: they look here whether the connections still exist.
+  std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
+};
+
+}  // namespace velmora

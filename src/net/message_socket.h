@@ -1,0 +1,51 @@
+// One loaded element of the array of message sockets: the socket with its two companion timers and
+// what is left of a chunk. Owned by MessageConnections; it only passes the socket's events on under
+// its index.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "platform/event_loop.h"
+#include "platform/network.h"
+
+namespace velmora {
+
+// Whom an element tells of its socket's events.
+class MessageSocketOwner {
+ public:
+  virtual ~MessageSocketOwner() = default;
+  virtual void msg_Connect(std::size_t index) = 0;
+  virtual void msg_Timeout(std::size_t index) = 0;
+  virtual void msg_Read(std::size_t index, std::string_view data) = 0;
+  virtual void msg_Disconnect(std::size_t index) = 0;
+};
+
+class MessageSocket : public SocketEvents {
+ public:
+  // The generation tells a continuation that comes back whether the index was loaded anew since.
+  MessageSocket(MessageSocketOwner& owner, std::size_t index, std::uint64_t number)
+      : generation(number), owner_(owner), index_(index) {}
+
+  void on_connect() override { owner_.msg_Connect(index_); }
+  void on_connect_failed() override { owner_.msg_Timeout(index_); }
+  void on_read(std::string_view data) override { owner_.msg_Read(index_, data); }
+  void on_disconnect() override { owner_.msg_Disconnect(index_); }
+
+  const std::uint64_t generation;
+  std::unique_ptr<Socket> socket;
+  std::unique_ptr<Timer> timeout_msg_t;
+  std::unique_ptr<Timer> free_msgsock_t;
+  // The rest of a chunk with more descriptors than one turn handles, and how far it is done.
+  std::string rest;
+  std::size_t rest_done = 0;
+
+ private:
+  MessageSocketOwner& owner_;
+  std::size_t index_;
+};
+
+}  // namespace velmora

@@ -1,0 +1,98 @@
+#include "net/originator.h"
+
+#include "platform/number.h"
+#include "platform/trap.h"
+#include "protocol/conversions.h"
+#include "protocol/payloads.h"
+
+namespace velmora {
+namespace {
+
+// A label that shows nothing counts as 0; one that shows "--" during a scan is no number.
+double shown_number(const Label& label) {
+  return label.text().empty() ? 0.0 : number(label.text());
+}
+
+}  // namespace
+
+Originator::Originator(EventLoop& loop, Form& form, DebugLog& log, MessageConnections& connections,
+                       RoutingTable& routes, TrafficCounters& counters, SearchMemory& searches)
+    : loop_(loop),
+      form_(form),
+      log_(log),
+      connections_(connections),
+      routes_(routes),
+      counters_(counters),
+      searches_(searches) {}
+
+DescriptorHeader Originator::new_header(std::uint8_t function) const {
+  DescriptorHeader header;
+  header.guid = GetGUID(loop_.local_time());
+  header.function = function;
+  header.ttl = to_byte(number(form_.ttlMax_config.text()));
+  return header;
+}
+
+void Originator::send_ping(std::size_t connection) {
+  trap(log_, "Error: send_ping ", [&] {
+    const DescriptorHeader header = new_header(kPing);
+    Route route{.connection = to_int16(static_cast<double>(connection)),
+                .function = kPing,
+                .origin_mark = kOurOwn};
+    if (routes_.seen_guid(header.guid, route)) {
+      log_.debug_log("Error: send_ping:  Re-Using a GUID?");
+    }
+    connections_.msgwrite(connection, header_to_str(header, log_));
+    counters_.my_pings_out += 1;
+  });
+}
+
+void Originator::send_pong(std::size_t connection, const DescriptorHeader& ping) {
+  trap(log_, "Error: send_pong ", [&] {
+    DescriptorHeader header = new_header(kPong);
+    header.guid = ping.guid;
+    header.payload_length = kPongLength;
+    const std::string& forced = form_.forceIP_config.text();
+    Pong pong;
+    pong.address = forced.empty() ? connections_.local_address() : forced;
+    pong.port = connections_.local_port();
+    pong.files = to_single(shown_number(form_.sharenum_config));
+    // Kept: the total is sent as it is shown, in bytes, in a field that others read as kilobytes.
+    pong.kilobytes = to_single(shown_number(form_.sharesize_config));
+    connections_.msgwrite(connection, header_to_str(header, log_) + pong_to_str(pong, log_));
+    counters_.my_pongs_out += 1;
+  });
+}
+
+void Originator::send_query(const std::string& search_text) {
+  trap(log_, "Error: send_query: ", [&] {
+    DescriptorHeader header = new_header(kQuery);
+    // Kept: the servent asks for hosts at least as fast as itself.
+    const std::string payload =
+        query_to_str(to_int16(val(form_.speed_config.text())), search_text);
+    header.payload_length = to_single(static_cast<double>(payload.size()));
+    searches_.remember_search(search_text, header.guid);
+    const std::string descriptor = header_to_str(header, log_) + payload;
+    bool written = false;
+    const std::size_t last = connections_.connection_slots().upper_bound();
+    for (std::size_t i = 1; i <= last; ++i) {
+      if (!connections_.connected(i)) continue;
+      trap(log_, "Error: send_query: ", [&] {
+        Route route{.connection = to_int16(static_cast<double>(i)),
+                    .function = kQuery,
+                    .origin_mark = kOurOwn};
+        // Kept: the first connection enters the identifier, so every further one finds it.
+        if (routes_.seen_guid(header.guid, route)) {
+          log_.debug_log("Send_query:  Re-Using a GUID?");
+        }
+        connections_.msgwrite(i, descriptor);
+        counters_.queries_sent += 1;
+        written = true;
+      });
+    }
+    form_.StatusBar.set_panel(1, written ? "Sent Query, waiting for replies..."
+                                         : "No Connections to send query!");
+  });
+}
+
+}  // namespace velmora

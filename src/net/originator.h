@@ -1,0 +1,40 @@
+// The three procedures by which this servent speaks first: its pings, the pongs that answer others'
+// pings, and the user's queries. Each builds a descriptor, enters what it originates into the
+// routing table, writes it and counts. Each traps its own errors and returns nothing.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "form/form.h"
+#include "net/message_connections.h"
+#include "net/questions.h"
+#include "net/routing_table.h"
+#include "net/traffic_counters.h"
+#include "platform/event_loop.h"
+
+namespace velmora {
+
+class Originator : public QuerySender {
+ public:
+  Originator(EventLoop& loop, Form& form, DebugLog& log, MessageConnections& connections,
+             RoutingTable& routes, TrafficCounters& counters, SearchMemory& searches);
+
+  void send_ping(std::size_t connection);
+  void send_pong(std::size_t connection, const DescriptorHeader& ping);
+  void send_query(const std::string& search_text) override;
+
+ private:
+  [[nodiscard]] DescriptorHeader new_header(std::uint8_t function) const;
+
+  EventLoop& loop_;
+  Form& form_;
+  DebugLog& log_;
+  MessageConnections& connections_;
+  RoutingTable& routes_;
+  TrafficCounters& counters_;
+  SearchMemory& searches_;
+};
+
+}  // namespace velmora

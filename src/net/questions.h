@@ -1,0 +1,60 @@
+// What the servent network asks of the rest of the program, named by need; the composition root
+// answers. Everything here is called on the one thread, inside the handling of a descriptor.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include "protocol/descriptor_header.h"
+#include "protocol/payloads.h"
+
+namespace velmora {
+
+// Asked for every pong received: the host cache's intake.
+class PongIntake {
+ public:
+  virtual ~PongIntake() = default;
+  virtual void set_cache_stat(const DescriptorHeader& header, const Pong& pong,
+                              std::size_t connection) = 0;
+};
+
+// Asked for every query received: matches it against the shared files and replies on the
+// connection. Traps its own errors.
+class QueryAnswerer {
+ public:
+  virtual ~QueryAnswerer() = default;
+  virtual void send_query_reply(std::string search_text, std::string_view query_guid,
+                                std::size_t connection) = 0;
+};
+
+// Asked for every query hit received, whatever query it answers.
+class QueryHitIntake {
+ public:
+  virtual ~QueryHitIntake() = default;
+  virtual void set_query_reply_view(const QueryHit& hit) = 0;
+};
+
+// Asked by send_query before anything is sent: keeps text and identifier in the current search
+// slot. A slot that does not exist raises "Subscript out of range".
+class SearchMemory {
+ public:
+  virtual ~SearchMemory() = default;
+  virtual void remember_search(const std::string& text, const std::string& guid) = 0;
+};
+
+// The name known for an address; "?" when there is none.
+class HostNames {
+ public:
+  virtual ~HostNames() = default;
+  virtual std::string dns_from_cache(const std::string& address) = 0;
+};
+
+// Offered to the search page: sends the user's search to every connected servent.
+class QuerySender {
+ public:
+  virtual ~QuerySender() = default;
+  virtual void send_query(const std::string& search_text) = 0;
+};
+
+}  // namespace velmora

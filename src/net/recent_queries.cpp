@@ -1,0 +1,26 @@
+#include "net/recent_queries.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "platform/error.h"
+#include "protocol/conversions.h"
+
+namespace velmora {
+
+RecentQueries::RecentQueries(ListView& lview) : lview_(lview) { lview_.set_source(this); }
+
+void RecentQueries::add(std::string text, std::string_view guid) {
+  ring_[position_] = Entry{std::move(text), guid_text(guid)};
+  position_ = (position_ + 1) % ring_.size();
+  used_ = std::min(used_ + 1, ring_.size());
+  lview_.redraw();
+}
+
+std::string RecentQueries::cell(std::size_t row, std::size_t column) const {
+  if (row < 1 || row > used_) throw PlatformError(Errc::subscript_out_of_range);
+  const Entry& entry = ring_[row - 1];
+  return column == 1 ? entry.text : entry.guid;
+}
+
+}  // namespace velmora

@@ -1,0 +1,34 @@
+// The last 20 queries that passed, for people to watch: a ring, position 1 again after 20. It is
+// the list lview on the "View" page; nothing else reads it.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include "form/control.h"
+
+namespace velmora {
+
+class RecentQueries : public ListSource {
+ public:
+  explicit RecentQueries(ListView& lview);
+
+  void add(std::string text, std::string_view guid);
+
+  [[nodiscard]] std::size_t rows() const override { return used_; }
+  [[nodiscard]] std::string cell(std::size_t row, std::size_t column) const override;
+
+ private:
+  struct Entry {
+    std::string text;
+    std::string guid;  // as text
+  };
+  ListView& lview_;
+  std::array<Entry, 20> ring_;
+  std::size_t position_ = 0;
+  std::size_t used_ = 0;
+};
+
+}  // namespace velmora

@@ -1,0 +1,164 @@
+#include "net/router.h"
+
+#include <algorithm>
+#include <string>
+
+#include "platform/error.h"
+#include "platform/number.h"
+#include "platform/trap.h"
+#include "protocol/payloads.h"
+
+namespace velmora {
+namespace {
+
+// Kept: a TTL above this is cut to the maximum; one between the maximum and this passes.
+constexpr int kAbsurdTtl = 50;
+
+std::int16_t as_route_index(std::size_t connection) {
+  return to_int16(static_cast<double>(connection));
+}
+
+// The payload bytes that a descriptor's header claims, as far as they are in the chunk.
+std::string_view payload_of(const DescriptorHeader& header, std::string_view data) {
+  const auto claimed = static_cast<std::size_t>(std::max(header.payload_length, 0.0F));
+  return data.substr(std::min(kHeaderSize, data.size())).substr(0, claimed);
+}
+
+}  // namespace
+
+Router::Router(Form& form, DebugLog& log, MessageConnections& connections, RoutingTable& routes,
+               TrafficCounters& counters, Originator& originator, Neighbours neighbours)
+    : form_(form),
+      log_(log),
+      connections_(connections),
+      routes_(routes),
+      counters_(counters),
+      originator_(originator),
+      neighbours_(neighbours),
+      recent_queries_(form.lview),
+      unknown_log_(form.frmUnknown) {}
+
+void Router::count_received(std::size_t connection) {
+  connections_.connection_slots().at(connection).received += 1;
+  counters_.messages_received += 1;
+}
+
+// A payload of the wrong length is counted against its connection and goes no further.
+bool Router::refuse(bool bad_length, std::size_t connection) {
+  if (bad_length) connections_.connection_slots().at(connection).dropped += 1;
+  return bad_length;
+}
+
+void Router::got_ping(const DescriptorHeader& header, std::string_view data,
+                      std::size_t connection) {
+  trap(log_, "got_ping: ", [&] {
+    if (refuse(header.payload_length != 0, connection)) return;
+    counters_.pings_in += 1;
+    Route route{.connection = as_route_index(connection), .function = kPing};
+    if (!routes_.seen_guid(header.guid, route)) {
+      counters_.pings_out += foward_data(header, data, connection, ForwardMode::to_all_others);
+      originator_.send_pong(connection, header);
+    } else if (route.function == kPing) {
+      // Kept: every repeated ping counts as our own come back, whoever sent it first.
+      counters_.my_pings_in += 1;
+    }
+  });
+}
+
+void Router::got_pong(const DescriptorHeader& header, std::string_view data,
+                      std::size_t connection) {
+  trap(log_, "got_pong: ", [&] {
+    if (refuse(header.payload_length != kPongLength, connection)) return;
+    counters_.pongs_in += 1;
+    Pong pong;
+    if (str_to_pong(payload_of(header, data), pong, log_)) {
+      neighbours_.pongs.set_cache_stat(header, pong, connection);
+    }
+    Route route{.connection = as_route_index(connection), .function = kPong};
+    const bool seen = routes_.seen_guid(header.guid, route);
+    if (seen && route.function == kPing && route.origin_mark == 0) {
+      foward_data(header, data, static_cast<std::size_t>(route.connection),
+                  ForwardMode::to_this_one);
+      counters_.pongs_out += 1;
+    } else if (seen && route.function == kPing && route.origin_mark == kOurOwn) {
+      counters_.my_pongs_in += 1;
+    } else {
+      counters_.route_errors += 1;
+    }
+  });
+}
+
+void Router::got_query(const DescriptorHeader& header, std::string_view data,
+                       std::size_t connection) {
+  trap(log_, "got_query: ", [&] {
+    if (refuse(header.payload_length > kMaxQueryLength, connection)) return;
+    const std::string text = query_text(header, data);
+    recent_queries_.add(text, header.guid);
+    neighbours_.queries.send_query_reply(text, header.guid, connection);
+    // Kept: a repeated query is answered and forwarded again; only TTL and hops stop it.
+    foward_data(header, data, connection, ForwardMode::to_all_others);
+    counters_.queries_in += 1;
+  });
+}
+
+void Router::got_query_reply(const DescriptorHeader& header, std::string_view data,
+                             std::size_t connection) {
+  trap(log_, "got_query_reply: ", [&] {
+    if (refuse(header.payload_length > kMaxQueryHitLength, connection)) return;
+    counters_.query_hits_in += 1;
+    // Kept: every hit is for us, whatever query it answers, and none is passed on.
+    neighbours_.hits.set_query_reply_view(
+        str_to_query_reply(header, data.substr(std::min(kHeaderSize, data.size())), log_));
+  });
+}
+
+void Router::got_push(const DescriptorHeader& header, std::string_view /*data*/,
+                      std::size_t connection) {
+  trap(log_, "got_push: ", [&] {
+    if (refuse(header.payload_length != kPushLength, connection)) return;
+    // Kept: a push is counted and nothing else is done with it.
+    counters_.pushes_in += 1;
+  });
+}
+
+void Router::got_unknown(const DescriptorHeader& header, std::size_t connection) {
+  unknown_log_.add(header);
+  connections_.connection_slots().at(connection).dropped += 1;
+  counters_.unknown += 1;
+}
+
+std::int16_t Router::foward_data(DescriptorHeader header, std::string_view data,
+                                 std::size_t connection, ForwardMode mode) {
+  double written = 0;
+  trap(log_, "foward_data: ", [&] {
+    const double maximum_ttl = val(form_.ttlMax_config.text());
+    if (header.hops < 255) ++header.hops;
+    if (header.ttl > 0) --header.ttl;
+    if (header.ttl > kAbsurdTtl) header.ttl = to_byte(maximum_ttl);
+    if (header.hops > maximum_ttl || header.ttl == 0) {
+      counters_.dropped += 1;
+      return;
+    }
+    std::string descriptor = header_to_str(header, log_);
+    descriptor += payload_of(header, data);
+    if (mode == ForwardMode::to_this_one) {
+      if (connections_.connected(connection) && write_copy(connection, descriptor)) written = 1;
+      return;
+    }
+    const std::size_t last = connections_.connection_slots().upper_bound();
+    for (std::size_t i = 1; i <= last; ++i) {
+      if (i != connection && connections_.connected(i) && write_copy(i, descriptor)) ++written;
+    }
+  });
+  return to_int16(written);
+}
+
+// One copy that cannot be written is dropped for that connection; the others are served.
+bool Router::write_copy(std::size_t connection, std::string_view descriptor) {
+  return trap(log_, "foward_data: ", [&] {
+    connections_.msgwrite(connection, descriptor);
+    connections_.connection_slots().at(connection).sent += 1;
+  });
+}
+
+}  // namespace velmora

@@ -1,0 +1,68 @@
+// What happens to each descriptor that arrives: counted, looked up in the routing table, answered,
+// forwarded under the TTL and hop rules, routed back, handed on, or dropped. Kept: queries are
+// never looked up, and query hits and pushes end here. It writes through MessageConnections and
+// owns nothing but the view of recent queries.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+#include "form/form.h"
+#include "net/message_connections.h"
+#include "net/originator.h"
+#include "net/questions.h"
+#include "net/recent_queries.h"
+#include "net/routing_table.h"
+#include "net/traffic_counters.h"
+#include "net/unknown_log.h"
+#include "protocol/framing.h"
+
+namespace velmora {
+
+enum class ForwardMode { to_all_others, to_this_one };
+
+class Router : public DescriptorHandlers {
+ public:
+  struct Neighbours {
+    PongIntake& pongs;
+    QueryAnswerer& queries;
+    QueryHitIntake& hits;
+  };
+
+  Router(Form& form, DebugLog& log, MessageConnections& connections, RoutingTable& routes,
+         TrafficCounters& counters, Originator& originator, Neighbours neighbours);
+
+  void count_received(std::size_t connection) override;
+  void got_ping(const DescriptorHeader& header, std::string_view data,
+                std::size_t connection) override;
+  void got_pong(const DescriptorHeader& header, std::string_view data,
+                std::size_t connection) override;
+  void got_query(const DescriptorHeader& header, std::string_view data,
+                 std::size_t connection) override;
+  void got_query_reply(const DescriptorHeader& header, std::string_view data,
+                       std::size_t connection) override;
+  void got_push(const DescriptorHeader& header, std::string_view data,
+                std::size_t connection) override;
+  void got_unknown(const DescriptorHeader& header, std::size_t connection) override;
+
+  // Returns how many connections it was written to. Only bytes that are there leave: a short
+  // payload is forwarded short.
+  std::int16_t foward_data(DescriptorHeader header, std::string_view data, std::size_t connection,
+                           ForwardMode mode);
+
+ private:
+  bool refuse(bool bad_length, std::size_t connection);
+  bool write_copy(std::size_t connection, std::string_view descriptor);
+
+  Form& form_;
+  DebugLog& log_;
+  MessageConnections& connections_;
+  RoutingTable& routes_;
+  TrafficCounters& counters_;
+  Originator& originator_;
+  Neighbours neighbours_;
+  RecentQueries recent_queries_;
+  UnknownLog unknown_log_;
+};
+
+}  // namespace velmora

@@ -1,0 +1,25 @@
+// The machine as one servent sees it: a bundle of the platform's abstract classes, chosen when the
+// servent is constructed. The parts are owned by the program (or the simulation) that made them and
+// outlive the servent.
+#pragma once
+
+#include "platform/control_channel.h"
+#include "platform/desktop.h"
+#include "platform/event_loop.h"
+#include "platform/files.h"
+#include "platform/message_boxes.h"
+#include "platform/network.h"
+
+namespace velmora {
+
+struct Platform {
+  EventLoop& loop;
+  Network& network;
+  Files& files;
+  MessageBoxes& boxes;
+  TrayIcon& tray;
+  ProgramStarter& programs;
+  ControlChannel& control;
+};
+
+}  // namespace velmora

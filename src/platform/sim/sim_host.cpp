@@ -1,0 +1,24 @@
+#include "platform/sim/sim_host.h"
+
+#include <utility>
+
+namespace velmora::sim {
+
+SimHost::SimHost(std::unique_ptr<Parts> parts) : parts_(std::move(parts)) {}
+
+SimHost::~SimHost() = default;
+
+const std::string& SimHost::address() const { return parts_->address; }
+
+Platform SimHost::platform() {
+  return {parts_->loop,   parts_->network, parts_->files,  parts_->screen,
+          parts_->screen, parts_->screen,  parts_->control};
+}
+
+SimFiles& SimHost::files() { return parts_->files; }
+
+SimScreen& SimHost::screen() { return parts_->screen; }
+
+SimControl& SimHost::control() { return parts_->control; }
+
+}  // namespace velmora::sim

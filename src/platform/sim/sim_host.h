@@ -1,0 +1,27 @@
+// What one simulated host is made of; for the world that makes it.
+#pragma once
+
+#include <string>
+
+#include "platform/sim/sim_loop.h"
+#include "platform/sim/sim_network.h"
+#include "platform/sim/sim_world.h"
+
+namespace velmora::sim {
+
+struct SimHost::Parts {
+  Parts(Internet& internet, const CivilClock& civil, const std::string& host_address)
+      : address(host_address),
+        loop(internet.scheduler, civil),
+        network(internet, host_address),
+        control(loop) {}
+
+  std::string address;
+  SimLoop loop;
+  SimNetwork network;
+  SimFiles files;
+  SimScreen screen;
+  SimControl control;
+};
+
+}  // namespace velmora::sim

@@ -1,0 +1,86 @@
+// One TCP connection behind a Socket, from dialling or accepting to the orderly end. It may outlive
+// the Socket: what was written still leaves, the end is sent, and what the peer still sends is
+// dropped until it ends too, so that no reset destroys our last bytes. The network owns it while it
+// holds a descriptor.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "platform/network.h"
+#include "platform/uv/uv_dialer.h"
+#include "platform/uv/uv_handle.h"
+#include "platform/uv/uv_outbox.h"
+
+namespace velmora::uv {
+
+class UvNetwork;
+
+class UvConnection : public std::enable_shared_from_this<UvConnection> {
+ public:
+  UvConnection(UvNetwork& network, SocketEvents* events);
+
+  void dial(const std::string& host, std::uint16_t port, int timeout_ms);
+  void fail_later(const std::string& host, std::uint16_t port);  // instead of dialling
+  void stand(Handle<uv_tcp_t> tcp);
+
+  void set_events(SocketEvents* events);
+  void set_reading(bool reading);
+  void write(std::string_view data, bool alone);
+  void close();  // orderly; no event comes any more
+  void flush();  // never calls the events
+  void abort();  // at once
+
+  [[nodiscard]] bool connected() const { return phase_ == Phase::standing && !broken_; }
+  [[nodiscard]] bool parting() const { return phase_ == Phase::parting; }
+  [[nodiscard]] std::size_t unsent() const { return connected() ? queued() : 0; }
+  [[nodiscard]] std::size_t unacknowledged() const;
+  [[nodiscard]] const std::string& peer_address() const { return peer_address_; }
+  [[nodiscard]] std::uint16_t peer_port() const { return peer_port_; }
+  [[nodiscard]] std::uint16_t local_port() const { return local_port_; }
+
+  void count_unsent();         // brings the network's sum up to date
+  bool flush_planned = false;  // the network's mark
+
+ private:
+  enum class Phase { connecting, standing, parting, over };
+
+  void make_dialer();
+  void dialled(Handle<uv_tcp_t> tcp);
+  void update_reading();
+  void allocate(uv_buf_t* buffer) const;
+  void read_came(ssize_t count, const uv_buf_t* buffer);
+  void ended(bool reset);
+  void tell_disconnect();
+  void write_failed();
+  [[nodiscard]] std::size_t queued() const;
+  [[nodiscard]] bool fits(std::size_t bytes) const;
+  void part();
+  void send_end();
+  void limit_parting(int ms);
+  void over();
+
+  UvNetwork& network_;
+  SocketEvents* events_;
+  Phase phase_ = Phase::connecting;
+  std::string peer_address_;
+  std::uint16_t peer_port_ = 0;
+  std::uint16_t local_port_ = 0;
+
+  Handle<uv_tcp_t> tcp_;
+  std::unique_ptr<UvDialer> dialer_;
+  std::unique_ptr<UvOutbox> outbox_;
+  std::size_t counted_unsent_ = 0;
+
+  bool reading_ = true;
+  bool read_started_ = false;
+  bool broken_ = false;            // writing failed, and that was not told yet
+  bool disconnect_waits_ = false;  // for events to be told to
+  bool peer_ended_ = false;
+  bool end_sent_ = false;
+  std::unique_ptr<Timer> parting_limit_;
+};
+
+}  // namespace velmora::uv

@@ -1,0 +1,115 @@
+#include "platform/uv/uv_outbox.h"
+
+#include <limits>
+#include <memory>
+#include <utility>
+
+#include "platform/uv/uv_loop.h"
+
+namespace velmora::uv {
+namespace {
+
+// libuv takes lengths of 32 bits and never changes what it sends.
+uv_buf_t buffer_over(const char* data, std::size_t size) {
+  constexpr std::size_t kMost = std::numeric_limits<int>::max();
+  return uv_buf_init(const_cast<char*>(data),
+                     static_cast<unsigned int>(size < kMost ? size : kMost));
+}
+
+}  // namespace
+
+// Owns itself and the bytes until libuv is done with them, which may be after the outbox.
+struct UvOutbox::Request {
+  uv_write_t write{};
+  UvOutbox* outbox = nullptr;
+  Segment segment;
+};
+
+UvOutbox::UvOutbox(UvLoop& loop, uv_stream_t* stream, std::function<void()> on_taken)
+    : loop_(loop), stream_(stream), on_taken_(std::move(on_taken)) {}
+
+UvOutbox::~UvOutbox() {
+  if (in_flight_ != nullptr) in_flight_->outbox = nullptr;
+}
+
+void UvOutbox::push(std::string_view data, bool alone) {
+  if (data.empty() || failed_) return;
+  if (alone || segments_.empty() || segments_.back().alone) {
+    segments_.push_back({std::string(data), alone});
+  } else {
+    segments_.back().bytes += data;
+  }
+  bytes_ += data.size();
+}
+
+UvOutbox::Left UvOutbox::flush() {
+  while (!failed_) {
+    if (in_flight_ != nullptr) return Left::waits;
+    if (segments_.empty()) return Left::all;
+    if (last_left_in_ == loop_.turn() && (last_was_alone_ || segments_.front().alone)) {
+      loop_.request_turn();
+      return Left::held;
+    }
+    const std::string& bytes = segments_.front().bytes;
+    const uv_buf_t buffer = buffer_over(bytes.data(), bytes.size());
+    const int result = uv_try_write(stream_, &buffer, 1);
+    if (result < 0 && result != UV_EAGAIN) return fail();
+    const std::size_t sent = result < 0 ? 0 : static_cast<std::size_t>(result);
+    Segment segment = std::move(segments_.front());
+    segments_.pop_front();
+    bytes_ -= segment.bytes.size();
+    if (sent == segment.bytes.size()) {
+      left(segment.alone);
+    } else if (!send_waiting(std::move(segment), sent)) {
+      return fail();
+    }
+  }
+  return Left::failed;
+}
+
+std::size_t UvOutbox::unsent() const {
+  return bytes_ + (in_flight_ == nullptr ? 0 : uv_stream_get_write_queue_size(stream_));
+}
+
+bool UvOutbox::send_waiting(Segment segment, std::size_t sent) {
+  auto request = std::make_unique<Request>();
+  request->outbox = this;
+  request->segment = std::move(segment);
+  request->write.data = request.get();
+  const std::string& bytes = request->segment.bytes;
+  const uv_buf_t buffer = buffer_over(bytes.data() + sent, bytes.size() - sent);
+  const int result =
+      uv_write(&request->write, stream_, &buffer, 1, [](uv_write_t* write, int status) noexcept {
+        const std::unique_ptr<Request> done(static_cast<Request*>(write->data));
+        if (done->outbox != nullptr) {
+          done->outbox->taken(status, done->segment.alone);
+        }
+      });
+  if (result < 0) return false;
+  in_flight_ = request.release();
+  return true;
+}
+
+void UvOutbox::left(bool alone) {
+  last_left_in_ = loop_.turn();
+  last_was_alone_ = alone;
+}
+
+UvOutbox::Left UvOutbox::fail() {
+  failed_ = true;
+  segments_.clear();
+  bytes_ = 0;
+  return Left::failed;
+}
+
+void UvOutbox::taken(int status, bool alone) {
+  in_flight_ = nullptr;
+  if (status < 0) {
+    fail();
+  } else {
+    left(alone);
+  }
+  on_taken_();
+}
+
+}  // namespace velmora::uv

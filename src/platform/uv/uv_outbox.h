@@ -1,0 +1,64 @@
+// The bytes that a stream has still to send: gathered as they are written, handed to the kernel
+// when the owner flushes. A string that leaves alone keeps its own write and a turn of its own,
+// before and behind it. Belongs to the owner of the stream, which outlives it.
+#pragma once
+
+#include <uv.h>
+
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace velmora::uv {
+
+class UvLoop;
+
+inline constexpr std::size_t kGatheredBytes = std::size_t{64} << 10;  // leave without waiting
+
+class UvOutbox {
+ public:
+  // `on_taken` says that the kernel has taken, or refused, what had to wait for it: flush again.
+  UvOutbox(UvLoop& loop, uv_stream_t* stream, std::function<void()> on_taken);
+  ~UvOutbox();
+  UvOutbox(const UvOutbox&) = delete;
+  UvOutbox& operator=(const UvOutbox&) = delete;
+
+  void push(std::string_view data, bool alone);
+
+  enum class Left {
+    all,
+    waits,   // the kernel is full; on_taken follows
+    held,    // the rest leaves in the next turn, which has been requested
+    failed,  // the stream cannot send any more; what was queued is gone
+  };
+  Left flush();
+
+  [[nodiscard]] std::size_t unsent() const;  // bytes that the kernel has not taken
+
+ private:
+  struct Segment {
+    std::string bytes;
+    bool alone;
+  };
+  struct Request;
+
+  bool send_waiting(Segment segment, std::size_t sent);
+  void left(bool alone);
+  Left fail();
+  void taken(int status, bool alone);
+
+  UvLoop& loop_;
+  uv_stream_t* stream_;
+  std::function<void()> on_taken_;
+  std::deque<Segment> segments_;
+  std::size_t bytes_ = 0;  // in segments_
+  Request* in_flight_ = nullptr;
+  std::optional<std::uint64_t> last_left_in_;  // the turn
+  bool last_was_alone_ = false;
+  bool failed_ = false;
+};
+
+}  // namespace velmora::uv

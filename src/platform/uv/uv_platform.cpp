@@ -1,0 +1,45 @@
+#include "platform/uv/uv_platform.h"
+
+#include "platform/uv/console_screen.h"
+#include "platform/uv/uv_control_channel.h"
+#include "platform/uv/uv_directory.h"
+#include "platform/uv/uv_files.h"
+#include "platform/uv/uv_network.h"
+
+namespace velmora::uv {
+namespace {
+
+constexpr int kLastBytesMs = 1000;
+
+}  // namespace
+
+struct UvPlatform::Parts {
+  Parts(const std::string& profile, const std::string& listen_address)
+      : files(profile), network(loop, listen_address), control(loop, profile) {}
+
+  UvLoop loop;  // outlives what runs on it
+  UvFiles files;
+  UvNetwork network;
+  UvControlChannel control;
+  ConsoleScreen screen;
+};
+
+UvPlatform::UvPlatform(const std::string& profile, const std::string& listen_address)
+    : parts_(std::make_unique<Parts>(profile, listen_address)) {}
+
+UvPlatform::~UvPlatform() {
+  parts_->control.close();
+  parts_->loop.run_until(
+      [this] { return !parts_->network.parting() && !parts_->control.parting(); }, kLastBytesMs);
+}
+
+Platform UvPlatform::platform() {
+  return {parts_->loop,   parts_->network, parts_->files,  parts_->screen,
+          parts_->screen, parts_->screen,  parts_->control};
+}
+
+UvLoop& UvPlatform::loop() { return parts_->loop; }
+
+void UvPlatform::make_folder(const std::string& path) { make_folders(path); }
+
+}  // namespace velmora::uv

@@ -1,0 +1,39 @@
+// The 23 bytes before every descriptor's payload.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "platform/debug_log.h"
+
+namespace velmora {
+
+inline constexpr std::size_t kHeaderSize = 23;
+inline constexpr std::size_t kGuidSize = 16;
+// A longer payload is a bad length; one of exactly this size is good.
+inline constexpr double kMaxPayloadLength = 32000;
+
+enum Function : std::uint8_t {
+  kPing = 0,
+  kPong = 1,
+  kPush = 64,
+  kQuery = 128,
+  kQueryHit = 129,
+};
+
+struct DescriptorHeader {
+  std::string guid = std::string(kGuidSize, ' ');  // always 16 bytes
+  std::uint8_t function = 0;
+  std::uint8_t ttl = 0;
+  std::uint8_t hops = 0;
+  float payload_length = 0;  // bytes; -1 marks a bad length
+};
+
+// 23 bytes; any other result writes "Error: header_to_str: wrong length" and is returned as it is.
+// A GUID is brought to its fixed width: cut, or filled with blanks.
+std::string header_to_str(const DescriptorHeader& header, DebugLog& log);
+// At least 23 bytes.
+DescriptorHeader str_to_header(std::string_view bytes, DebugLog& log);
+
+}  // namespace velmora

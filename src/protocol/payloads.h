@@ -1,0 +1,63 @@
+// The payloads behind the descriptor header: pong, query, query hit. Decoders never reject: short
+// or malformed payloads give partial records and the lines that say so. A push is never decoded, a
+// ping has no payload.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/debug_log.h"
+#include "protocol/descriptor_header.h"
+
+namespace velmora {
+
+inline constexpr float kPongLength = 14;
+inline constexpr float kPushLength = 26;
+inline constexpr float kMaxQueryLength = 257;
+inline constexpr float kMaxQueryHitLength = 67000;
+
+struct Pong {
+  std::int16_t port = 0;  // two's complement
+  std::string address;    // dotted
+  float files = 0;
+  float kilobytes = 0;
+};
+
+struct QueryHitResult {
+  float file_index = 0;
+  float file_size = 0;    // bytes
+  std::string file_name;  // as on the wire, audio information included
+};
+
+struct QueryHit {
+  std::uint8_t hits = 0;
+  std::int16_t port = 0;
+  std::string address;
+  float speed = 0;                      // kbit/s as the other side tells it
+  std::vector<QueryHitResult> results;  // result i of the wire is results[i - 1]
+  std::string servent_guid = std::string(kGuidSize, ' ');
+};
+
+std::string pong_to_str(const Pong& pong, DebugLog& log);
+// Takes exactly the payload. Traps its errors ("Error: str_to_pong: " and the field); what was read
+// before one is kept. Returns whether none ended the reading: a count that is cut short is 0, with
+// a line of its own.
+bool str_to_pong(std::string_view payload, Pong& pong, DebugLog& log);
+
+// Traps its errors ("Query_reply_to_str: ") and then returns what was encoded so far.
+std::string query_reply_to_str(const QueryHit& hit, DebugLog& log);
+// Reads the first payload-length bytes of the text given. Traps its errors; then the hit count is
+// the claimed one and may exceed the results.
+QueryHit str_to_query_reply(const DescriptorHeader& header, std::string_view payload,
+                            DebugLog& log);
+
+// The query payload: minimum speed, text, one byte 0.
+std::string query_to_str(std::int16_t minimum_speed, std::string_view text);
+// The search text of a whole query descriptor (header included): length - 3 bytes from byte 26 on,
+// as far as they are there, one trailing 0 removed. A payload length below 3 raises "Invalid
+// procedure call or argument".
+std::string query_text(const DescriptorHeader& header, std::string_view descriptor);
+
+}  // namespace velmora

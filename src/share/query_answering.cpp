@@ -1,0 +1,77 @@
+#include "share/query_answering.h"
+
+#include <utility>
+
+#include "platform/number.h"
+#include "platform/trap.h"
+#include "protocol/payloads.h"
+
+namespace velmora {
+
+std::vector<SearchText> search_words(std::string search_text) {
+  search_text += ' ';
+  std::vector<SearchText> words;
+  for (std::size_t start = 0; start + 1 < search_text.size();) {
+    if (words.size() == kMaxSearchWords) throw PlatformError(Errc::subscript_out_of_range);
+    const std::size_t space = search_text.find(' ', start);
+    words.emplace_back(std::string_view(search_text).substr(start, space - start));
+    start = space + 1;
+  }
+  return words;
+}
+
+QueryAnswering::QueryAnswering(const SharedIndex& index, const Form& form, ReplyChannel& replies,
+                               DebugLog& log)
+    : index_(index), form_(form), replies_(replies), log_(log) {}
+
+void QueryAnswering::send_query_reply(std::string search_text, std::string_view query_guid,
+                                      std::size_t connection) {
+  trap(log_, "Error: send_query_reply: ", [&] {
+    const auto file_numbers = matching_files(search_words(std::move(search_text)));
+    if (file_numbers.empty()) return;
+    replies_.send_reply(connection, descriptor(query_guid, query_hit(file_numbers)));
+    replies_.count_query_hit_sent();
+  });
+}
+
+// The limit is tested after every file, so that a limit of 0 still lets the first one answer.
+std::vector<std::size_t> QueryAnswering::matching_files(
+    const std::vector<SearchText>& words) const {
+  const double limit = val(form_.query_config.text());
+  std::vector<std::size_t> hits;
+  for (std::size_t file = 1; file <= index_.shared_files().upper_bound(); ++file) {
+    if (index_.matches(file, words)) hits.push_back(file);
+    if (limit <= static_cast<double>(hits.size())) break;
+  }
+  return hits;
+}
+
+std::string QueryAnswering::query_hit(const std::vector<std::size_t>& file_numbers) const {
+  QueryHit hit;
+  hit.hits = to_byte(static_cast<double>(file_numbers.size()));
+  const std::string& forced = form_.forceIP_config.text();
+  hit.address = forced.empty() ? replies_.local_address() : forced;
+  hit.port = to_port(number(form_.upport_config.text()));
+  hit.speed = to_single(number(form_.speed_config.text()));
+  hit.servent_guid = replies_.servent_guid();
+  hit.results.reserve(file_numbers.size());
+  for (const std::size_t file_number : file_numbers) {
+    const SharedFile& file = index_.shared_files().at(file_number);
+    hit.results.push_back(
+        {static_cast<float>(file_number), static_cast<float>(file.size), file.name});
+  }
+  return query_reply_to_str(hit, log_);
+}
+
+std::string QueryAnswering::descriptor(std::string_view query_guid,
+                                       const std::string& payload) const {
+  DescriptorHeader header;
+  header.guid = query_guid;
+  header.function = kQueryHit;
+  header.ttl = to_byte(number(form_.ttlMax_config.text()));
+  header.hops = 0;
+  header.payload_length = static_cast<float>(payload.size());
+  return header_to_str(header, log_) + payload;
+}
+
+}  // namespace velmora

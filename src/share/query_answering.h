@@ -1,0 +1,43 @@
+// Answers a query with the shared files that match it: one query hit on the connection it came on,
+// nothing when nothing matches. It does not route, and reads no file.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "form/form.h"
+#include "platform/debug_log.h"
+#include "protocol/descriptor_header.h"
+#include "share/questions.h"
+#include "share/shared_index.h"
+
+namespace velmora {
+
+inline constexpr std::size_t kMaxSearchWords = 10;
+
+// The words of a search text, cut at blanks; two blanks in a row give an empty word. Kept: "*", "?"
+// and "+" are letters like any other. An 11th word raises "Subscript out of range".
+std::vector<SearchText> search_words(std::string search_text);
+
+class QueryAnswering {
+ public:
+  QueryAnswering(const SharedIndex& index, const Form& form, ReplyChannel& replies, DebugLog& log);
+
+  // Every error writes "Error: send_query_reply: " and its description, and nothing is sent.
+  void send_query_reply(std::string search_text, std::string_view query_guid,
+                        std::size_t connection);
+
+ private:
+  std::vector<std::size_t> matching_files(const std::vector<SearchText>& words) const;
+  std::string query_hit(const std::vector<std::size_t>& file_numbers) const;
+  std::string descriptor(std::string_view query_guid, const std::string& payload) const;
+
+  const SharedIndex& index_;
+  const Form& form_;
+  ReplyChannel& replies_;
+  DebugLog& log_;
+};
+
+}  // namespace velmora

@@ -1,0 +1,90 @@
+#include "share/shared_scan.h"
+
+#include <cstdint>
+
+#include "platform/number.h"
+#include "share/shared_list_file.h"
+
+namespace velmora {
+namespace {
+
+// A turn of the loop must stay short; a file costs a few system calls and 4096 bytes at most.
+constexpr int kStepsPerTurn = 8;
+constexpr std::int64_t kMsPerTurn = 2;
+
+}  // namespace
+
+SharedScan::SharedScan(const Platform& platform, Form& form, SharedIndex& index, DebugLog& log)
+    : loop_(platform.loop), files_(platform.files), form_(form), index_(index), log_(log) {
+  form_.scan_config.on_click = [this] { start(); };
+  form_.upload_config.on_enter = [this] {
+    const std::string directory = form_.upload_config.text();
+    if (directory.empty()) return;
+    form_.upload_config.add(directory);
+    form_.upload_config.set_text({});
+  };
+  form_.upload_config.on_delete = [this](std::size_t row) { form_.upload_config.remove_item(row); };
+}
+
+std::string SharedScan::load_saved() {
+  std::string total;
+  std::string error = load_shared(files_, kSharedListFile, index_, total);
+  show_total(total);
+  if (!error.empty()) form_.StatusBar.set_panel(1, error);
+  return error;
+}
+
+void SharedScan::stop() {
+  if (!scanning()) return;
+  scan_.reset();
+  show_count();
+  form_.scan_config.set_enabled(true);
+}
+
+void SharedScan::start() {
+  if (scanning()) return;
+  form_.scan_config.set_enabled(false);
+  form_.sharenum_config.set_text("--");
+  scan_ = std::make_shared<SharedFileScan>(form_.upload_config.items(), files_, log_);
+  post_turn();
+}
+
+void SharedScan::post_turn() {
+  loop_.post([this, scan = std::weak_ptr<SharedFileScan>(scan_)] {
+    if (!scan.expired()) turn();
+  });
+}
+
+void SharedScan::turn() {
+  const std::int64_t start_ms = loop_.now_ms();
+  for (int steps = 0; steps < kStepsPerTurn; ++steps) {
+    if (!scan_->Scan_my_files()) {
+      finish();
+      return;
+    }
+    if (loop_.now_ms() - start_ms >= kMsPerTurn) break;
+  }
+  post_turn();
+}
+
+void SharedScan::finish() {
+  index_.replace(scan_->take_files());
+  const std::string total = scan_->total_text();
+  scan_.reset();
+  show_total(total);
+  const std::string error = save_shared(files_, kSharedListFile, index_);
+  if (!error.empty()) form_.StatusBar.set_panel(1, error);
+  show_count();
+  form_.scan_config.set_enabled(true);
+}
+
+void SharedScan::show_count() {
+  form_.sharenum_config.set_text(std::to_string(index_.shared_files().upper_bound()));
+}
+
+void SharedScan::show_total(const std::string& total) {
+  const std::string text = thousands(total);
+  form_.sharesize_config.set_text(text.empty() ? "0" : text);
+}
+
+}  // namespace velmora

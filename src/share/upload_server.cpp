@@ -1,0 +1,287 @@
+#include "share/upload_server.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <utility>
+
+#include "platform/number.h"
+#include "platform/trap.h"
+
+namespace velmora {
+namespace {
+
+constexpr int kBacklog = 200;
+constexpr int kMostFailures = 10;  // ticks in a row; a slot that only fails does not stay for ever
+constexpr std::string_view kOwnClient = "VelMora ";
+
+bool is_file_number(double value, const OneBased<SharedFile>& files) {
+  return value >= 1 && value <= static_cast<double>(files.upper_bound()) &&
+         value == std::floor(value);
+}
+
+// Kept: no protocol version, no blank behind "Content-type:", and always the whole file's size.
+std::string reply_header(std::int32_t file_size) {
+  return "HTTP 200 OK\r\nServer: Velmora\r\nContent-type:application/binary\r\nContent-length: " +
+         std::to_string(file_size) + "\r\n\r\n";
+}
+
+std::string stop_frame(const std::string& text) {
+  return "VelMora-Stop: " + std::to_string(text.size()) + "\r\n" + text;
+}
+
+std::int32_t bounded_start(double start) {
+  return to_int32(std::clamp(start, 0.0, double{std::numeric_limits<std::int32_t>::max()}));
+}
+
+}  // namespace
+
+UploadServer::UploadServer(const Platform& platform, Form& form, SharedIndex& index,
+                           ClientNames& names, DebugLog& log)
+    : loop_(platform.loop),
+      network_(platform.network),
+      files_(platform.files),
+      form_(form),
+      index_(index),
+      log_(log),
+      upload_log_(platform, form, names, log),
+      list_(upload_slots_, form),
+      upload_file_t_(loop_.make_timer(form.speed_upload.position(), [this] { upload_files(); })) {
+  form_.lupload.set_source(&list_);
+  form_.lupload.on_activate = [this](std::size_t row) { stop_upload(row); };
+  form_.speed_upload.on_change = [this] { follow_slider(); };
+}
+
+UploadServer::~UploadServer() {
+  form_.lupload.set_source(nullptr);
+  form_.lupload.on_activate = nullptr;
+  form_.speed_upload.on_change = nullptr;
+}
+
+void UploadServer::listen(std::uint16_t port) {
+  close_listener();
+  listener_ = network_.listen(port, kBacklog, *this);
+}
+
+void UploadServer::shutdown() {
+  close_listener();
+  for (std::size_t index = 1; index <= upload_slots_.upper_bound(); ++index) release(index);
+  upload_file_t_->set_enabled(false);
+}
+
+void UploadServer::refresh() {
+  const auto active =
+      std::count_if(upload_slots_.begin(), upload_slots_.end(),
+                    [](const UploadSlot& slot) { return slot.state != UploadState::none; });
+  active_uploads_ = static_cast<std::int16_t>(active);  // kMaxUploadSlots at most
+  follow_slider();
+  form_.lupload.redraw();
+}
+
+// Setting the interval starts it anew, so it is set only when it moved.
+void UploadServer::follow_slider() {
+  const int delay_ms = form_.speed_upload.position();
+  if (upload_file_t_->interval() != delay_ms) upload_file_t_->set_interval(delay_ms);
+}
+
+void UploadServer::on_accept(std::unique_ptr<Socket> pending) {
+  trap(log_, "Connect_in_upload_socket ", [&] { Connect_in_upload_socket(std::move(pending)); });
+}
+
+void UploadServer::Connect_in_upload_socket(std::unique_ptr<Socket> pending) {
+  const std::size_t index = free_slot();
+  if (index == 0) return;  // the pending connection closes
+  UploadSlot slot;
+  slot.address = pending->peer_address();
+  slot.status = "accepting";
+  upload_slots_.at(index) = std::move(slot);
+  connections_.at(index - 1)->take(std::move(pending));
+  form_.lupload.redraw();
+}
+
+// The first slot whose connection is released, else a new one; 0 when there may be no more.
+std::size_t UploadServer::free_slot() {
+  for (std::size_t index = 1; index <= connections_.size(); ++index) {
+    if (!connections_[index - 1]->in_use()) return index;
+  }
+  const std::size_t index = connections_.size() + 1;
+  if (index > kMaxUploadSlots) return 0;
+  upload_slots_.grow_to(index);
+  UploadConnectionEvents& events = *this;
+  connections_.push_back(std::make_unique<UploadConnection>(loop_, index, events));
+  return index;
+}
+
+void UploadServer::on_request(std::size_t slot, const std::string& text) {
+  if (!trap(log_, "upload_Read: ", [&] { upload_Read(slot, text); })) release(slot);
+  form_.lupload.redraw();
+}
+
+void UploadServer::upload_Read(std::size_t index, const std::string& text) {
+  UploadSlot& slot = upload_slots_.at(index);
+  const UploadRequest request = parse_upload_request(text);
+  if (request.not_a_get) return;
+  slot.file_name = request.file_name;
+  slot.user_agent = request.user_agent;
+
+  const std::string message = objection(request);
+  if (!message.empty()) {
+    refuse(index, message);
+    return;
+  }
+  accept_request(slot, request);
+  if (slot.file_size == 0) {
+    const auto number = static_cast<std::size_t>(slot.file_number);
+    refuse(index, "This file: " + index_.shared_files().at(number).name + " no longer exists");
+    return;
+  }
+  start_sending(index);
+}
+
+// Why the request does not name a shared file; empty when it does.
+std::string UploadServer::objection(const UploadRequest& request) const {
+  const auto& shared_files = index_.shared_files();
+  const std::string that_filenum = "That filenum (" + decimal_text(request.file_number) + ") ";
+  if (!is_file_number(request.file_number, shared_files)) {
+    return that_filenum + "is No longer valid!";
+  }
+  const SharedFile& file = shared_files.at(static_cast<std::size_t>(request.file_number));
+  if (!names_file(file, request.file_name)) {
+    return that_filenum + "No longer points to the file: " + request.file_name;
+  }
+  return {};
+}
+
+// Kept: an empty file counts as a missing one. A file beyond 32 bits raises "Overflow".
+void UploadServer::accept_request(UploadSlot& slot, const UploadRequest& request) {
+  const SharedFile& file = index_.shared_files().at(static_cast<std::size_t>(request.file_number));
+  slot.file_number = to_int16(request.file_number);
+  slot.path = path_on_disk(file);
+  std::uint64_t size = 0;
+  trapped({}, [&] { size = files_.size(slot.path); });
+  slot.file_size = to_int32(static_cast<double>(size));
+  slot.range_start = bounded_start(request.range_start);
+}
+
+void UploadServer::refuse(std::size_t index, const std::string& message) {
+  upload_slots_.at(index).status = "Error, sent msg";
+  connections_.at(index - 1)->send_message(message);
+  release(index);
+}
+
+void UploadServer::start_sending(std::size_t index) {
+  UploadSlot& slot = upload_slots_.at(index);
+  const bool resume = slot.range_start != 0;
+  slot.status = resume ? "Resuming an upload" : "Uploading";
+  slot.state = resume ? UploadState::resume_pending : UploadState::sending;
+  // Kept: the new connection is not yet counted, so that one upload more than the limit can run.
+  if (val(form_.max_in_upload.text()) < active_uploads_) {
+    end_upload(index, "Max, Refused");
+    return;
+  }
+  upload_log_.log_uploads(slot);
+  connections_.at(index - 1)->send_header(reply_header(slot.file_size));
+  follow_slider();
+  upload_file_t_->set_enabled(true);
+}
+
+void UploadServer::on_no_request(std::size_t slot, const std::string& status) {
+  upload_slots_.at(slot).status = status;
+  form_.lupload.redraw();
+}
+
+// A transfer is ended by its next tick, which finds the client gone.
+void UploadServer::on_client_gone(std::size_t slot) {
+  upload_slots_.at(slot).status = "Disconnected";
+  if (upload_slots_.at(slot).state == UploadState::none) release(slot);
+  form_.lupload.redraw();
+}
+
+void UploadServer::upload_files() {
+  bool active = false;
+  for (std::size_t index = 1; index <= upload_slots_.upper_bound(); ++index) {
+    if (upload_slots_.at(index).state == UploadState::none) continue;
+    const bool sent = trap(log_, "upload_files ", [&] { send_packet(index); });
+    UploadSlot& slot = upload_slots_.at(index);
+    slot.failures = sent ? 0 : slot.failures + 1;
+    if (slot.state == UploadState::none) continue;
+    if (slot.failures >= kMostFailures) end_upload(index, "Disconnected");
+    active = true;
+  }
+  if (!active) upload_file_t_->set_enabled(false);
+  form_.lupload.redraw();
+}
+
+void UploadServer::send_packet(std::size_t index) {
+  UploadSlot& slot = upload_slots_.at(index);
+  UploadConnection& connection = *connections_.at(index - 1);
+  if (!connection.connected()) {
+    end_upload(index, "Client not recieving");
+    return;
+  }
+  if (!slot.file) slot.file = files_.open_for_reading(slot.path);
+  if (!connection.ready()) return;
+  if (slot.state == UploadState::resume_pending) {
+    slot.position = std::min(slot.range_start, slot.file_size);
+    slot.state = UploadState::sending;
+  }
+  if (slot.position == slot.file_size) {
+    count_upload(slot);
+    end_upload(index, "Done");
+    return;
+  }
+  const std::int32_t length =
+      std::min(form_.pack_upload.position(), slot.file_size - slot.position);
+  const std::string packet =
+      slot.file->read(static_cast<std::uint64_t>(slot.position), static_cast<std::size_t>(length));
+  if (packet.size() < static_cast<std::size_t>(length)) {
+    end_upload(index, "Disconnected");  // the file shrank; its client was promised more
+    throw PlatformError(Errc::input_past_end);
+  }
+  connection.send_packet(packet);
+  slot.position += length;
+}
+
+// The list may have been scanned anew since; then the number means another file.
+void UploadServer::count_upload(const UploadSlot& slot) {
+  const auto number = static_cast<std::size_t>(slot.file_number);
+  const auto& shared_files = index_.shared_files();
+  if (shared_files.has(number) && path_on_disk(shared_files.at(number)) == slot.path) {
+    index_.count_upload(number);
+  }
+}
+
+void UploadServer::end_upload(std::size_t index, const std::string& status) {
+  UploadSlot& slot = upload_slots_.at(index);
+  slot.status = status;
+  slot.file.reset();
+  slot.state = UploadState::none;
+  upload_log_.log_uploads(slot);
+  release(index);
+}
+
+// By a double click; only a transfer whose file is open can be stopped.
+void UploadServer::stop_upload(std::size_t index) {
+  if (!upload_slots_.has(index) || !upload_slots_.at(index).file) return;
+  UploadSlot& slot = upload_slots_.at(index);
+  slot.status = "You Stopped";
+  slot.file.reset();
+  slot.state = UploadState::none;
+  UploadConnection& connection = *connections_.at(index - 1);
+  if (std::string_view(slot.user_agent).starts_with(kOwnClient)) {
+    connection.release_with(stop_frame(form_.text_upload.text()));
+  } else {
+    connection.release();
+  }
+  upload_log_.log_uploads(slot);
+  form_.lupload.redraw();
+}
+
+void UploadServer::release(std::size_t index) {
+  UploadSlot& slot = upload_slots_.at(index);
+  slot.file.reset();
+  slot.state = UploadState::none;
+  connections_.at(index - 1)->release();
+}
+
+}  // namespace velmora

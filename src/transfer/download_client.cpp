@@ -1,0 +1,254 @@
+#include "transfer/download_client.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "platform/error.h"
+#include "platform/number.h"
+#include "platform/trap.h"
+#include "platform/visible_text.h"
+#include "transfer/disk_name.h"
+#include "transfer/download_request.h"
+#include "transfer/http_reply.h"
+#include "transfer/stop_message.h"
+
+namespace velmora {
+namespace {
+
+constexpr std::size_t kMaxLoggedMessage = 500;
+// An upload server takes a client that is gone before its next tick for one that did not receive
+// the file, so after the last byte the close is left to the server for so long.
+constexpr int kFarewellMs = 5000;
+
+}  // namespace
+
+// One element of the `downl` array. It is made once and used again; what belongs to a connection is
+// gone when the connection has ended.
+class DownloadClient::Element : public SocketEvents {
+ public:
+  explicit Element(DownloadClient& client) : client_(client) {}
+
+  void on_connect() override { client_.downl_Connect(*this); }
+  // Kept: a refused attempt waits for timeout_downl_t, as one that is never answered does.
+  void on_connect_failed() override { socket.reset(); }
+  void on_read(std::string_view data) override {
+    if (entry != 0) client_.downl_Read(*this, data);
+  }
+  void on_disconnect() override {
+    if (entry != 0) return client_.end(*this, "Disconnected");
+    socket.reset();
+    farewell.reset();
+  }
+  [[nodiscard]] bool free() const { return entry == 0 && !socket; }
+
+  std::size_t entry = 0;    // of the download list; 0 while none is being fetched
+  std::uint64_t start = 0;  // the first byte that this connection asked for
+  std::unique_ptr<Socket> socket;
+  std::unique_ptr<Timer> timeout_downl_t;
+  std::unique_ptr<Timer> silence;
+  std::unique_ptr<Timer> farewell;
+
+ private:
+  DownloadClient& client_;
+};
+
+DownloadClient::DownloadClient(EventLoop& loop, Network& network, Files& files, Form& form,
+                               DebugLog& log, DownloadList& downloads, std::string version)
+    : loop_(loop),
+      network_(network),
+      files_(files),
+      form_(form),
+      log_(log),
+      downloads_(downloads),
+      version_(std::move(version)),
+      downl_(kMaxDownloads) {}
+
+DownloadClient::~DownloadClient() = default;
+
+DownloadRecord& DownloadClient::record_of(const Element& element) {
+  return downloads_.download_list().at(element.entry);
+}
+
+DownloadClient::Element& DownloadClient::free_element() {
+  const auto free =
+      std::find_if(downl_.begin(), downl_.end(), [](const auto& e) { return e->free(); });
+  if (free != downl_.end()) return **free;
+  auto element = std::make_unique<Element>(*this);
+  downl_.resize(downl_.upper_bound() + 1);
+  return *(downl_.at(downl_.upper_bound()) = std::move(element));
+}
+
+std::string DownloadClient::connect(std::size_t entry, const std::string& address,
+                                    std::int16_t port, const std::string& host_name) {
+  DownloadRecord& record = downloads_.download_list().at(entry);
+  std::string error = trapped({}, [&] {
+    if (!can_be_requested(record)) {
+      record.status = "Not accepted";
+      downloads_.redraw();
+      return;
+    }
+    Element& element = free_element();
+    const bool by_name = form_.connect_dns.checked() && host_name.size() > 2;
+    element.timeout_downl_t =
+        loop_.make_timer(kDownloadConnectMs, [this, &element] { timeout_downl_t_Timer(element); });
+    element.silence = loop_.make_timer(1000, [this, &element] { silence_Timer(element); });
+    element.socket =
+        network_.connect(by_name ? host_name : address, unsigned_port(port), 0, element);
+    element.timeout_downl_t->set_enabled(true);
+    element.entry = entry;
+    element.start = record.bytes_received;
+    record.state = 1;
+    record.status = "Requesting to Connect";
+    record.message.clear();
+    downloads_.redraw();
+  });
+  if (!error.empty()) record.status = error;
+  return error;
+}
+
+void DownloadClient::end(Element& element, const std::string& status) {
+  DownloadRecord& record = record_of(element);
+  element.entry = 0;
+  element.socket.reset();
+  element.timeout_downl_t.reset();
+  element.silence.reset();
+  record.file.reset();
+  record.state = 0;
+  record.status = status;
+  downloads_.redraw();
+}
+
+void DownloadClient::close_all() {
+  for (const auto& element : downl_) {
+    if (element->entry != 0) end(*element, "Disconnected");
+    element->socket.reset();
+    element->farewell.reset();
+  }
+}
+
+void DownloadClient::downl_Connect(Element& element) {
+  const std::string error = trapped({}, [&] {
+    DownloadRecord& record = record_of(element);
+    element.socket->write(download_request(record, version_, form_.upport_config.text()));
+    record.status = "Connected";
+    downloads_.redraw();
+  });
+  if (error.empty()) return;
+  log_.debug_log("downl_Connect: " + error);
+  end(element, error);
+}
+
+void DownloadClient::timeout_downl_t_Timer(Element& element) { end(element, "Not accepted"); }
+
+void DownloadClient::silence_Timer(Element& element) {
+  if (--record_of(element).activity > kActivityAtData - kDownloadSilenceS) return;
+  end(element, "No Data, Disconnecting");
+}
+
+void DownloadClient::downl_Read(Element& element, std::string_view block) {
+  element.timeout_downl_t->set_enabled(false);
+  element.silence->set_enabled(false);  // the 120 s begin anew
+  element.silence->set_enabled(true);
+  record_of(element).activity = kActivityAtData;
+  incomming_download_data(element, block);
+}
+
+void DownloadClient::incomming_download_data(Element& element, std::string_view block) {
+  const std::string error = trapped({}, [&] { process(element, block); });
+  if (error.empty()) return;
+  log_.debug_log("incomming_download_data: " + error);
+  if (element.entry != 0) end(element, error);
+}
+
+void DownloadClient::process(Element& element, std::string_view block) {
+  const auto stop = find_stop_message(block);
+  if (!stop) return process_block(element, block);
+  const std::string text(stop->text.substr(0, kMaxDownloadMessage));
+  if (stop->begin > 0) process_block(element, block.substr(0, stop->begin));
+  if (element.entry == 0) return;  // what came before the message ended the transfer
+  record_of(element).message = text;
+  log_.debug_log("Download stopped by " + record_of(element).address + ": " +
+                 escape_control_bytes(std::string_view(text).substr(0, kMaxLoggedMessage)));
+  end(element, "Stopped");
+}
+
+// Kept: a header is recognised per block, at its start. While the file is open only a block that is
+// nothing but a header counts as one again, for a file may hold such a line anywhere.
+void DownloadClient::process_block(Element& element, std::string_view block) {
+  const std::size_t header = is_reply_header(block) ? reply_header_length(block) : 0;
+  const bool open = record_of(element).file != nullptr;
+  if (header == 0 && !open) {
+    refuse(element, block);
+  } else if (!open || header == block.size()) {
+    process_header(element, block.substr(0, header));
+  } else {
+    write_block(element, block);
+  }
+}
+
+void DownloadClient::refuse(Element& element, std::string_view block) {
+  record_of(element).message = "Received: " + std::string(block.substr(0, 75));
+  end(element, "No HTTP OK!");
+}
+
+// Kept: file bytes in the same block behind the header are not written.
+void DownloadClient::process_header(Element& element, std::string_view header) {
+  DownloadRecord& record = record_of(element);
+  HttpReply reply = parse_http_reply(header);
+  if (!reply.server.empty()) record.server = std::move(reply.server);
+  if (reply.content_length) record.size = std::to_string(*reply.content_length);
+  if (!reply.content_length && record.exact_size() == 0) return refuse(element, header);
+
+  const std::uint64_t position = record.file ? record.file->position() : element.start;
+  if (record.exact_size() < position) throw PlatformError(Errc::input_past_end);
+  if (!record.file) open_file(element);
+  if (element.entry != 0) downloads_.redraw();
+}
+
+// A download that has nothing left to fetch is "Done" without touching a finished file: what still
+// is a partial file takes its final name, and if there is none the file was finished before.
+void DownloadClient::open_file(Element& element) {
+  DownloadRecord& record = record_of(element);
+  const std::string& folder = form_.down_config.text();
+  std::string name = disk_name(record.full_name());
+  const std::uint64_t on_disk = PartialFile::length_on_disk(files_, folder, name);
+  const bool complete = record.exact_size() == element.start;
+  if (on_disk < element.start) {
+    if (complete) return end(element, "Done");
+    record.bytes_received = on_disk;  // the next resumption goes on from what there is
+  }
+  for (const DownloadRecord& other : downloads_.download_list()) {
+    if (other.file && other.file->folder() == folder && other.file->name() == name) {
+      throw PlatformError(Errc::file_exists);
+    }
+  }
+  record.file = std::make_unique<PartialFile>(files_, folder, std::move(name), element.start);
+  if (complete) finish(element);
+}
+
+void DownloadClient::write_block(Element& element, std::string_view block) {
+  DownloadRecord& record = record_of(element);
+  const std::uint64_t promised = record.exact_size() - record.file->position();
+  record.file->write(
+      block.substr(0, static_cast<std::size_t>(std::min<std::uint64_t>(promised, block.size()))));
+  record.bytes_received = record.file->position();
+  record.status = "Downloading";
+  if (record.complete()) return finish(element);
+  downloads_.redraw();
+}
+
+void DownloadClient::finish(Element& element) {
+  DownloadRecord& record = record_of(element);
+  record.bytes_received = record.file->position();
+  record.file->finish();
+  std::unique_ptr<Socket> socket = std::move(element.socket);
+  end(element, "Done");
+  element.socket = std::move(socket);
+  element.farewell = loop_.make_timer(kFarewellMs, [&element] {
+    element.socket.reset();
+    element.farewell.reset();
+  });
+  element.farewell->set_enabled(true);
+}
+
+}  // namespace velmora

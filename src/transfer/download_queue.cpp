@@ -1,0 +1,87 @@
+#include "transfer/download_queue.h"
+
+#include <algorithm>
+#include <string>
+#include <utility>
+
+#include "platform/number.h"
+#include "platform/trap.h"
+#include "transfer/disk_name.h"
+
+namespace velmora {
+
+DownloadQueue::DownloadQueue(EventLoop& loop, Files& files, Form& form, DebugLog& log,
+                             const SearchResults& results, DownloadList& downloads,
+                             DownloadClient& client)
+    : files_(files),
+      form_(form),
+      log_(log),
+      results_(results),
+      downloads_(downloads),
+      client_(client),
+      downl_file_t_(loop.make_timer(1000, [this] { download_manager(); })) {
+  form_.lfound.on_activate = [this](std::size_t row) { queue_result(row); };
+  form_.resume_down.on_click = [this] { download_manager(); };
+}
+
+void DownloadQueue::queue_result(std::size_t row) {
+  if (row == 0) return;
+  trap(log_, "queue_result: ", [&] {
+    const search_result& result = results_.search_results().at(row);
+    if (queued(result)) {
+      form_.StatusBar.set_panel(1, "This file is already qued to Download.");
+      return;
+    }
+    const std::size_t place = place_for_next();
+    auto& list = downloads_.download_list();
+    list.grow_to(place);
+    DownloadRecord entry;
+    static_cast<search_result&>(entry) = result;
+    entry.status = "Queued";
+    list.at(place) = std::move(entry);
+    downloads_.redraw();
+  });
+}
+
+// Kept: only the names are compared, so another host's copy or another extension is refused too.
+bool DownloadQueue::queued(const search_result& result) const {
+  const auto& list = downloads_.download_list();
+  return std::any_of(list.begin(), list.end(),
+                     [&](const DownloadRecord& entry) { return entry.name == result.name; });
+}
+
+// A running entry is never taken, whatever its numbers say: its connection still writes for it.
+std::size_t DownloadQueue::place_for_next() const {
+  const auto& list = downloads_.download_list();
+  const auto finished = std::find_if(list.begin(), list.end(), [](const DownloadRecord& entry) {
+    return entry.state < 1 && val(entry.size) == static_cast<double>(entry.bytes_received);
+  });
+  return static_cast<std::size_t>(finished - list.begin()) + 1;
+}
+
+// Kept: the final name is measured, not the partial file's. So within one run a download goes on
+// from the bytes it counted, and a finished entry is connected again like any other; the client
+// leaves such a file alone.
+void DownloadQueue::measure(DownloadRecord& record) {
+  trapped({}, [&] {
+    record.bytes_received =
+        files_.size(path_in(form_.down_config.text(), disk_name(record.full_name())));
+  });
+}
+
+// Kept: the number of downloads at a time has no limit here.
+void DownloadQueue::download_manager() {
+  trap(log_, "download_manager: ", [&] {
+    auto& list = downloads_.download_list();
+    for (std::size_t i = 1; i <= list.upper_bound(); ++i) {
+      DownloadRecord& record = list.at(i);
+      if (record.state >= 1) continue;
+      measure(record);
+      const std::string text =
+          client_.connect(i, record.address, to_port(val(record.port)), record.host_name);
+      if (!text.empty()) form_.StatusBar.set_panel(1, text);
+    }
+  });
+}
+
+}  // namespace velmora

@@ -1,0 +1,45 @@
+#include "transfer/partial_file.h"
+
+#include <utility>
+
+#include "platform/error.h"
+#include "platform/trap.h"
+#include "transfer/disk_name.h"
+
+namespace velmora {
+namespace {
+
+std::string partial(const std::string& name) { return name + std::string(kPartialExtension); }
+
+}  // namespace
+
+PartialFile::PartialFile(Files& files, std::string folder, std::string name, std::uint64_t start)
+    : files_(files), folder_(std::move(folder)), name_(std::move(name)), position_(start) {
+  if (folder_.empty()) throw PlatformError(Errc::path_not_found);
+  if (start > 0 && length_on_disk(files_, folder_, name_) < start) {
+    throw PlatformError(Errc::input_past_end);
+  }
+  file_ = files_.open_partial(folder_, partial(name_));
+  if (file_->size() < start) throw PlatformError(Errc::input_past_end);
+}
+
+std::uint64_t PartialFile::length_on_disk(Files& files, const std::string& folder,
+                                          const std::string& name) {
+  std::uint64_t length = 0;
+  trapped({}, [&] { length = files.size(path_in(folder, partial(name))); });
+  return length;
+}
+
+void PartialFile::write(std::string_view data) {
+  file_->write(position_, data);
+  position_ += data.size();
+}
+
+void PartialFile::finish() {
+  if (file_->size() > position_) file_->truncate(position_);
+  file_->sync();
+  file_.reset();
+  files_.finish_partial(folder_, partial(name_), name_);
+}
+
+}  // namespace velmora

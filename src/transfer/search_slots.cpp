@@ -1,0 +1,20 @@
+#include "transfer/search_slots.h"
+
+#include "platform/error.h"
+#include "platform/number.h"
+
+namespace velmora {
+
+SearchSlots::SearchSlots(Form& form) {
+  form.search_num.on_choose = [this, &form] {
+    current_search_ = to_int16(form.search_num.chosen());
+  };
+}
+
+void SearchSlots::remember_search(const std::string& text, const std::string& guid) {
+  const auto slot = static_cast<std::size_t>(current_search_ - 1);
+  if (slot >= search_slots_.size()) throw PlatformError(Errc::subscript_out_of_range);
+  search_slots_[slot] = {text, guid};
+}
+
+}  // namespace velmora

@@ -1,0 +1,35 @@
+#include "transfer/stop_message.h"
+
+#include <charconv>
+
+namespace velmora {
+namespace {
+
+constexpr std::string_view kMark = "VelMora-Stop: ";
+
+// The text, if what follows the mark is a count, CR LF and exactly that many bytes.
+std::optional<std::string_view> text_after_mark(std::string_view rest) {
+  std::size_t count = 0;
+  const auto [digits_end, error] = std::from_chars(rest.data(), rest.data() + rest.size(), count);
+  if (error != std::errc()) return std::nullopt;
+  rest.remove_prefix(static_cast<std::size_t>(digits_end - rest.data()));
+  if (!rest.starts_with("\r\n")) return std::nullopt;
+  rest.remove_prefix(2);
+  if (rest.size() != count) return std::nullopt;
+  return rest;
+}
+
+}  // namespace
+
+// A text may hold the mark itself, so the first place that fits is the message.
+std::optional<StopMessage> find_stop_message(std::string_view block) {
+  for (std::size_t at = block.find(kMark); at != std::string_view::npos;
+       at = block.find(kMark, at + 1)) {
+    if (const auto text = text_after_mark(block.substr(at + kMark.size()))) {
+      return StopMessage{at, *text};
+    }
+  }
+  return std::nullopt;
+}
+
+}  // namespace velmora

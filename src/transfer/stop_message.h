@@ -1,0 +1,19 @@
+// How an upload server of this program says that a person stopped the upload: as the last thing in
+// the stream, "VelMora-Stop: ", a decimal byte count, CR LF, and a text of that many bytes.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string_view>
+
+namespace velmora {
+
+struct StopMessage {
+  std::size_t begin;      // where in the block the message begins
+  std::string_view text;  // inside the block
+};
+
+// The message with which the block ends, if it ends in one whole message.
+std::optional<StopMessage> find_stop_message(std::string_view block);
+
+}  // namespace velmora

@@ -1,0 +1,120 @@
+#include <gtest/gtest.h>
+
+#include "cli/progress.h"
+#include "cli/watch_frame.h"
+
+namespace velmora::cli {
+namespace {
+
+TEST(CliProgress, ReadsAStatusLeniently) {
+  const struct {
+    std::string status;
+    Phase phase;
+    std::optional<double> percent;
+  } cases[] = {
+      {"Queued", Phase::waiting, std::nullopt},
+      {"Requesting to Connect", Phase::waiting, std::nullopt},
+      {"Connected", Phase::waiting, std::nullopt},
+      {"Downloading", Phase::running, std::nullopt},
+      {"Downloading 45 % (1,415,577)", Phase::running, 45.0},
+      {"Downloading 45.5%", Phase::running, 45.5},
+      {"Downloading 7,25 %", Phase::running, 7.25},
+      {"Downloading (500)", Phase::running, 25.0},
+      {"Downloading 400 %", Phase::running, 100.0},
+      {"Downloading %", Phase::running, std::nullopt},
+      {"Done", Phase::done, std::nullopt},
+      {"Not accepted", Phase::ended, std::nullopt},
+      {"No HTTP OK!", Phase::ended, std::nullopt},
+      {"Disconnected", Phase::ended, std::nullopt},
+      {"Stopped", Phase::ended, std::nullopt},
+      {"No Data, Disconnecting", Phase::ended, std::nullopt},
+      {"Disk full at 90 %", Phase::ended, std::nullopt},
+      {"", Phase::ended, std::nullopt},
+  };
+  for (const auto& c : cases) {
+    const DownloadStatus read = read_download_status(c.status, 2000);
+    EXPECT_EQ(read.phase, c.phase) << c.status;
+    EXPECT_EQ(read.percent, c.percent) << c.status;
+  }
+  EXPECT_EQ(read_count("1,415,577"), 1415577U);
+  EXPECT_EQ(read_count("--"), 0U);
+  EXPECT_EQ(read_count("99999999999999999999999"), 9999999999999999999U);
+}
+
+TEST(CliProgress, RateCountsChangesAndFallsWhenNothingComes) {
+  RateMeter meter;
+  EXPECT_EQ(meter.rate(0), 0);
+  for (int second = 0; second <= 40; ++second) {
+    meter.add(second, second / 4 * 1000.0);  // a coarse count: one change in four seconds
+  }
+  EXPECT_DOUBLE_EQ(meter.rate(41), 250);
+  EXPECT_LT(meter.rate(400), 50);
+  meter.add(401, 10);  // begun anew
+  EXPECT_EQ(meter.rate(402), 0);
+}
+
+TEST(CliProgress, ShowsSizesTimesAndLines) {
+  EXPECT_EQ(shown_size(1023), "1023 B");
+  EXPECT_EQ(shown_size(1536 * 1024.0), "1.5 MiB");
+  EXPECT_EQ(shown_time(33.2), "0:34");
+  EXPECT_EQ(shown_time(3723), "1:02:03");
+  EXPECT_EQ(shown_count(1234567), "1,234,567");
+  EXPECT_EQ(shown_count(123), "123");
+  EXPECT_EQ(progress_line("a.mp3", "Downloading 50 %", 2048, 1024, 70),
+            "a.mp3             [########--------]  50 %  1.0 KiB/s  0:01 left");
+  EXPECT_EQ(progress_line("a.mp3", "Downloading 50 %", 2048, 0, 26), "[########--------]  50 %");
+  EXPECT_EQ(progress_line("\x1b.mp3", "No HTTP OK!", 2048, 0, 24), "\\x1B.mp3     No HTTP OK!");
+  EXPECT_EQ(progress_line("a very long name of a file.mp3", "Done", 2048, 0, 80),
+            "a very long name of a fil…  [################] 100 %  Done");
+}
+
+TEST(CliWatchFrame, KeepsWithinTheScreenAndSharesIt) {
+  WatchState state;
+  state.title = "title";
+  state.status = "status";
+  state.sections = {{"Connections (1 in, 2 out)", {"h1", "h2", "h3", "h4", "h5"}},
+                    {"Downloads (1)", {"d1"}},
+                    {"Uploads (0)", {}}};
+  state.counters = {{"net", "12"}, {"ping", "1 / 2"}};
+  const std::vector<std::string> whole = {"title",
+                                          "status",
+                                          "",
+                                          "Connections (1 in, 2 out)",
+                                          "h1",
+                                          "h2",
+                                          "h3",
+                                          "h4",
+                                          "h5",
+                                          "",
+                                          "Downloads (1)",
+                                          "d1",
+                                          "",
+                                          "Uploads (0)",
+                                          "",
+                                          "Counters",
+                                          "net 12       ping 1 / 2"};
+  EXPECT_EQ(watch_frame(state, 80, 0), whole);
+  EXPECT_EQ(watch_frame(state, 80, 24), whole);
+  const std::vector<std::string> cut = {"title",
+                                        "status",
+                                        "",
+                                        "Connections (1 in, 2 out)",
+                                        "h1",
+                                        "h2",
+                                        "... 3 more",
+                                        "",
+                                        "Downloads (1)",
+                                        "d1",
+                                        "",
+                                        "Uploads (0)",
+                                        "",
+                                        "Counters",
+                                        "net 12       ping 1 / 2"};
+  EXPECT_EQ(watch_frame(state, 80, 15), cut);
+  for (std::size_t height = 1; height < 20; ++height) {
+    EXPECT_LE(watch_frame(state, 10, height).size(), height);
+  }
+}
+
+}  // namespace
+}  // namespace velmora::cli

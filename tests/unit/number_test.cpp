@@ -1,0 +1,220 @@
+#include "platform/number.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+#include <limits>
+#include <locale>
+#include <string>
+
+#include "platform/error.h"
+
+namespace velmora {
+namespace {
+
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+const double kNan = std::nan("");
+
+std::string error_of(const std::function<void()>& body) {
+  try {
+    body();
+  } catch (const PlatformError& error) {
+    return error.description();
+  }
+  return "none";
+}
+
+TEST(Number, WholeNumbersRoundHalfToEvenAndOverflowAtTheirWidth) {
+  for (const auto& [value, whole] :
+       {std::pair{0.5, 0}, {1.5, 2}, {2.5, 2}, {-0.5, 0}, {-1.5, -2}, {-2.5, -2}, {2.51, 3}}) {
+    EXPECT_EQ(to_int16(value), whole) << value;
+    EXPECT_EQ(to_int32(value), whole) << value;
+  }
+  EXPECT_EQ(to_byte(255.5 - 0.01), 255);
+  EXPECT_EQ(to_byte(-0.5), 0);
+  EXPECT_EQ(to_int16(32767.4), 32767);
+  EXPECT_EQ(to_int16(-32768.5), -32768);
+  EXPECT_EQ(to_int32(2147483647.4), 2147483647);
+  EXPECT_EQ(to_int32(-2147483648.5), std::numeric_limits<std::int32_t>::min());
+  EXPECT_EQ(to_single(std::numeric_limits<float>::max()), std::numeric_limits<float>::max());
+
+  const auto byte = [](double value) { return error_of([=] { to_byte(value); }); };
+  const auto int16 = [](double value) { return error_of([=] { to_int16(value); }); };
+  const auto int32 = [](double value) { return error_of([=] { to_int32(value); }); };
+  const auto single = [](double value) { return error_of([=] { to_single(value); }); };
+  for (const double value : {255.5, -0.51, kNan}) EXPECT_EQ(byte(value), "Overflow") << value;
+  for (const double value : {32767.5, -32768.51, kNan}) EXPECT_EQ(int16(value), "Overflow");
+  for (const double value : {2147483647.5, -2147483649.0, 1e300, kNan}) {
+    EXPECT_EQ(int32(value), "Overflow") << value;
+  }
+  for (const double value : {3.5e38, -3.5e38, kInfinity, kNan}) {
+    EXPECT_EQ(single(value), "Overflow") << value;
+  }
+}
+
+TEST(Number, PortsWrapAndNeverOverflow) {
+  struct Case {
+    double value;
+    int port;
+    unsigned shown;
+  };
+  for (const Case& c : {Case{6346, 6346, 6346},
+                        {32767, 32767, 32767},
+                        {32768, -32768, 32768},
+                        {65535, -1, 65535},
+                        {65536, 0, 0},
+                        {-1, -1, 65535},
+                        {65536 + 80, 80, 80},
+                        {0.5, 0, 0},
+                        {1e300, 0, 0},
+                        {kInfinity, 0, 0},
+                        {kNan, 0, 0}}) {
+    EXPECT_EQ(to_port(c.value), c.port) << c.value;
+    EXPECT_EQ(unsigned_port(to_port(c.value)), c.shown) << c.value;
+  }
+}
+
+TEST(Number, LenientReadingTakesTheLongestNumberAtTheStart) {
+  const std::string many(100000, ' ');
+  struct Case {
+    std::string text;
+    double value;
+  };
+  for (const Case& c : {Case{"", 0},
+                        {"abc", 0},
+                        {"12abc", 12},
+                        {" 1 2\t3\n4", 1234},
+                        {"-5", -5},
+                        {"+5", 5},
+                        {"- 5", -5},
+                        {"--5", 0},
+                        {"+-5", 0},
+                        {"-+5", 0},
+                        {"5-3", 5},
+                        {"1.5.9", 1.5},
+                        {".5", 0.5},
+                        {"5.", 5},
+                        {".", 0},
+                        {"1e3", 1000},
+                        {"1D3", 1000},
+                        {"1d-3x", 0.001},
+                        {"1e", 1},
+                        {"1e+", 1},
+                        {"1e5e6", 1e5},
+                        {"e5", 0},
+                        {"1 e 3", 1000},
+                        {"0x10", 0},
+                        {"&H10", 0},
+                        {"inf", 0},
+                        {"nan", 0},
+                        {"infinity", 0},
+                        {"1,000", 1},
+                        {"12\r3", 12},
+                        {"1e-999", 0},
+                        {"-1e-999", 0},
+                        {"1e-99999999999999999999", 0},
+                        {"0e99999999999999999999", 0},
+                        {"0.0000001e-320", 0},
+                        {"007", 7},
+                        {many + "7" + many + "8", 78},
+                        {std::string(200000, '0') + "9", 9},
+                        {"0." + std::string(400, '0') + "1e401", 1},
+                        {"4294967295", 4294967295.0},
+                        {std::string("1\0002", 3), 1}}) {
+    EXPECT_EQ(val(c.text), c.value) << c.text.substr(0, 40);
+  }
+  for (const std::string& text :
+       {std::string("1e309"), std::string("-1e309"), std::string("1e99999999999999999999"),
+        std::string(310, '9'), "0." + std::string(9, '0') + "1e330"}) {
+    EXPECT_EQ(error_of([&] { val(text); }), "Overflow") << text.substr(0, 40);
+    EXPECT_EQ(error_of([&] { number(text); }), "Overflow") << text.substr(0, 40);
+  }
+}
+
+TEST(Number, StrictReadingRefusesWhatIsNoNumber) {
+  for (const auto& [text, value] : {std::pair{"7", 7.0},
+                                    {" \t7 ", 7.0},
+                                    {"1,234,567", 1234567.0},
+                                    {"1,5", 15.0},
+                                    {"-1,234.5", -1234.5},
+                                    {"+3", 3.0},
+                                    {".5", 0.5},
+                                    {"5.", 5.0},
+                                    {"1e3", 1000.0},
+                                    {"1D3", 1000.0},
+                                    {"1e-999", 0.0}}) {
+    EXPECT_EQ(number(text), value) << text;
+  }
+  for (const char* text :
+       {"",   " ",  "--",   "-",     ".",     "abc", "7x",   "1 2", "1e",  "1e+", "1.2.3",
+        ",1", "1,", "1,,2", "1.0,5", "1e1,0", "+-1", "0x1F", "&H1", "inf", "nan", "7\n8"}) {
+    EXPECT_EQ(error_of([&] { number(text); }), "Type mismatch") << text;
+  }
+}
+
+TEST(Number, DecimalTextIsWholeAndPlain) {
+  for (const auto& [value, text] : {std::pair{0.0, "0"},
+                                    {-0.0, "0"},
+                                    {-0.4, "0"},
+                                    {0.5, "0"},
+                                    {1.5, "2"},
+                                    {2.5, "2"},
+                                    {-7.0, "-7"},
+                                    {4294967295.0, "4294967295"},
+                                    {9007199254740993.0, "9007199254740992"},
+                                    {9223372036854775808.0, "9223372036854775808"},
+                                    {18446744073709551616.0, "18446744073709551616"},
+                                    {1e22, "10000000000000000000000"},
+                                    {1e23, "99999999999999991611392"},
+                                    {-1e20, "-100000000000000000000"}}) {
+    EXPECT_EQ(decimal_text(value), text);
+  }
+  const double largest = std::numeric_limits<double>::max();
+  EXPECT_EQ(decimal_text(largest).size(), 309U);
+  EXPECT_EQ(number(decimal_text(largest)), largest);
+  for (const double value : {kInfinity, -kInfinity, kNan}) {
+    EXPECT_EQ(error_of([=] { decimal_text(value); }), "Overflow");
+    EXPECT_EQ(error_of([=] { thousands(value); }), "Overflow");
+  }
+}
+
+TEST(Number, ThousandsPicture) {
+  for (const auto& [text, shown] : {std::pair{"", ""},
+                                    {"0", ""},
+                                    {"0.2", ""},
+                                    {"7", "7"},
+                                    {"999", "999"},
+                                    {"1000", "1,000"},
+                                    {"123456", "123,456"},
+                                    {"1234567", "1,234,567"},
+                                    {"-1234", "-1,234"},
+                                    {"-123", "-123"},
+                                    {"1,234", "1,234"},
+                                    {"1e6", "1,000,000"},
+                                    {"--", "--"},
+                                    {"12x", "12x"},
+                                    {"inf", "inf"},
+                                    {"1e999", "1e999"}}) {
+    EXPECT_EQ(thousands(text), shown) << text;
+  }
+  EXPECT_EQ(thousands(4294967295.0), "4,294,967,295");
+}
+
+struct CommaPoint : std::numpunct<char> {
+  [[nodiscard]] char do_decimal_point() const override { return ','; }
+  [[nodiscard]] char do_thousands_sep() const override { return '.'; }
+  [[nodiscard]] std::string do_grouping() const override { return "\3"; }
+};
+
+TEST(Number, TheMachinesLocaleChangesNothing) {
+  const std::locale before = std::locale::global(std::locale(std::locale(), new CommaPoint));
+  EXPECT_EQ(val("1.5"), 1.5);
+  EXPECT_EQ(number("1,234.5"), 1234.5);
+  EXPECT_EQ(decimal_text(1234567), "1234567");
+  EXPECT_EQ(thousands(1234567.0), "1,234,567");
+  std::locale::global(before);
+}
+
+}  // namespace
+}  // namespace velmora
