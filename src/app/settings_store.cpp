@@ -1,9 +1,11 @@
 #include "app/settings_store.h"
 
 #include <fmt/format.h>
-
 #include <toml++/toml.h>
+
+#include <algorithm>
 #include <stdexcept>
+#include <tuple>
 #include <utility>
 
 #include "platform/trap.h"
@@ -47,6 +49,16 @@ std::string quoted(std::string_view text) {
   return out + "\"";
 }
 
+// Keys stand bare wherever TOML allows it, as a person would write them.
+std::string key_text(std::string_view key) {
+  const auto bare = [](char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+           c == '_' || c == '-';
+  };
+  const bool plain = !key.empty() && std::all_of(key.begin(), key.end(), bare);
+  return plain ? std::string(key) : quoted(key);
+}
+
 int hex_digit(char c) {
   if (c >= '0' && c <= '9') return c - '0';
   if (c >= 'A' && c <= 'F') return c - 'A' + 10;
@@ -82,7 +94,21 @@ std::optional<std::string> text_of(const toml::node& node) {
   return std::nullopt;  // no setting has another kind
 }
 
+// A key without the number at its end, and that number.
+std::pair<std::string_view, std::string_view> split_number(std::string_view key) {
+  const std::size_t last = key.find_last_not_of("0123456789");
+  const std::size_t stem = last == std::string_view::npos ? 0 : last + 1;
+  return {key.substr(0, stem), key.substr(stem)};
+}
+
 }  // namespace
+
+bool SettingsStore::KeyOrder::operator()(const std::string& left, const std::string& right) const {
+  const auto [left_stem, left_number] = split_number(left);
+  const auto [right_stem, right_number] = split_number(right);
+  return std::tuple(left_stem, left_number.size(), left_number) <
+         std::tuple(right_stem, right_number.size(), right_number);
+}
 
 std::string SettingsStore::load() {
   sections_.clear();
@@ -134,9 +160,10 @@ std::string SettingsStore::to_toml() const {
   std::string out;
   for (const auto& [section, values] : sections_) {
     if (!out.empty()) out += "\n";
-    out += fmt::format("[{}]\n", quoted(section));
-    for (const auto& [key, value] : values)
-      out += fmt::format("{} = {}\n", quoted(key), quoted(value));
+    out += fmt::format("[{}]\n", key_text(section));
+    for (const auto& [key, value] : values) {
+      out += fmt::format("{} = {}\n", key_text(key), quoted(value));
+    }
   }
   return out;
 }

@@ -42,12 +42,17 @@ class SettingsStore {
   void delete_section(const std::string& section);  // one that is not there is no error
 
  private:
+  // Numbered keys stand in the order of their numbers: uppath2 before uppath10.
+  struct KeyOrder {
+    bool operator()(const std::string& left, const std::string& right) const;
+  };
+
   void parse(const std::string& toml);
   [[nodiscard]] std::string to_toml() const;
 
   Files& files_;
   std::string path_;
-  std::map<std::string, std::map<std::string, std::string>> sections_;
+  std::map<std::string, std::map<std::string, std::string, KeyOrder>> sections_;
   std::optional<PlatformError> untouchable_;  // why the file there must not be replaced
 };
 

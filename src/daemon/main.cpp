@@ -48,6 +48,9 @@ int run(const Arguments& arguments) {
   }
   velmora::Servent servent(platform.platform(), std::move(options));
   if (servent.start() == velmora::Servent::Started::already_running) return EXIT_FAILURE;
+  // Who starts the program can wait for this line: from here on the control socket answers.
+  std::printf("velmorad %s runs on profile %s\n", VELMORA_VERSION, paths.profile.c_str());
+  std::fflush(stdout);
   servent.on_ended = [&] { platform.loop().stop(); };
   platform.loop().on_signal([&] { servent.request_exit(); });
   platform.loop().run();

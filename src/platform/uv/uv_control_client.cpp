@@ -1,5 +1,6 @@
 #include "platform/uv/uv_control_client.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "platform/control_channel.h"
