@@ -36,6 +36,7 @@ build() {
   if [ -e "$cache" ] && ! grep -qx "CMAKE_HOME_DIRECTORY:INTERNAL=$top" "$cache"; then
     rm -r "build/$preset"
   fi
-  cmake --preset "$preset" --log-level=WARNING
+  local configured
+  configured=$(cmake --preset "$preset" 2>&1) || fail "$configured"
   cmake --build --preset "$preset" ${1:+--target "$@"}
 }

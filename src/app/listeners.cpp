@@ -16,8 +16,8 @@ Listeners::Listeners(Form& form, MessageBoxes& boxes, MessageConnections& messag
 
 void Listeners::open() {
   form_.StatusBar.set_panel(1, "");
-  const std::int16_t message_port = to_port(val(form_.port_config.text()));
-  const std::int16_t upload_port = to_port(val(form_.upport_config.text()));
+  const std::int16_t message_port = to_port(typed_number(form_.port_config.text()));
+  const std::int16_t upload_port = to_port(typed_number(form_.upport_config.text()));
   if (message_port == upload_port) {
     form_.StatusBar.set_panel(1, "Cannot use the same port for messages and uploading!");
     return;

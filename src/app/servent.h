@@ -31,7 +31,7 @@ class Servent {
 
   enum class Started { yes, already_running };
   // Runs the start-up. When the profile is in use the person is told and nothing else happens.
-  // Raises a PlatformError for a field of `set` that cannot be set.
+  // Raises a ControlError for a field of `set` that cannot be set.
   Started start();
 
   // Runs the ordered shutdown, once; every later call does nothing.

@@ -67,8 +67,7 @@ void MessageConnections::unload(std::size_t index) {
 // complete the handshake.
 void MessageConnections::load_timeout(std::size_t index) {
   MessageSocket& element = *elements_.at(index);
-  element.timeout_msg_t =
-      loop_.make_timer(kTick_ms, [this, index] { timeout_msg_t_Timer(index); });
+  element.timeout_msg_t = loop_.make_timer(kTick_ms, [this, index] { timeout_msg_t_Timer(index); });
   element.timeout_msg_t->set_enabled(true);
 }
 
@@ -95,7 +94,7 @@ void MessageConnections::on_accept(std::unique_ptr<Socket> pending) {
   trap(log_, "msg_Accept: ", [&] {
     const std::size_t index = Connect_in_msg_socket(std::move(pending));
     // Kept: tested after the accept, against the count of the last list refresh.
-    if (val(form_.max_in_host.text()) <= count_in_) {
+    if (typed_number(form_.max_in_host.text()) <= count_in_) {
       unload(index);
       set_hosts_stat(index, {.status = "Sock freed", .state = kFreed});
       return;
@@ -234,8 +233,8 @@ void MessageConnections::connection_stands(std::size_t index, const char* way) {
                           .reset_counts = true,
                           .reset_ticks = true};
   set_hosts_stat(index, change);
-  log_.debug_log("Connected " + std::string(way) + " to: " + change.address + " on port: " +
-                 std::to_string(unsigned_port(change.port)));
+  log_.debug_log("Connected " + std::string(way) + " to: " + change.address +
+                 " on port: " + std::to_string(unsigned_port(change.port)));
 }
 
 void MessageConnections::msg_Read(std::size_t index, std::string_view data) {
@@ -271,7 +270,7 @@ void MessageConnections::hand_over(std::size_t index, std::string_view data, boo
   const auto& element = elements_.at(index);
   if (!element || element->generation != generation || !element->socket) return;
   if (done >= data.size()) {
-    element->rest.clear();
+    std::string().swap(element->rest);  // a large chunk's memory does not stay with the slot
     element->rest_done = 0;
     if (!first) element->socket->set_reading(true);
     return;

@@ -1,7 +1,7 @@
 // What happens to each descriptor that arrives: counted, looked up in the routing table, answered,
 // forwarded under the TTL and hop rules, routed back, handed on, or dropped. Kept: queries are
 // never looked up, and query hits and pushes end here. It writes through MessageConnections and
-// owns nothing but the view of recent queries.
+// owns nothing but the recent queries and the text of unknown descriptors.
 #pragma once
 
 #include <cstdint>

@@ -107,6 +107,14 @@ double val(std::string_view text) {
   return read_plain(plain).value;
 }
 
+double typed_number(std::string_view text) {
+  try {
+    return val(text);
+  } catch (const PlatformError&) {
+    return std::numeric_limits<double>::infinity();
+  }
+}
+
 double number(std::string_view text) {
   text = without_surrounding_blanks(text);
   std::string plain;

@@ -14,12 +14,16 @@ std::int16_t to_int16(double value);  // signed 16 bits
 std::int32_t to_int32(double value);  // signed 32 bits
 float to_single(double value);        // overflow beyond the range of single precision
 
-// A port is held in 16 bits, two's complement: it wraps and never overflows. NaN and infinity are 0.
+// A port is held in 16 bits, two's complement: it wraps and never overflows. NaN and infinity are
+// 0.
 std::int16_t to_port(double value);
 std::uint16_t unsigned_port(std::int16_t port);  // as it is shown and as sockets take it
 
 // Lenient reading: blanks are skipped, then the longest number at the start counts; 0 if none.
 double val(std::string_view text);
+
+// The same for what a person typed: a number beyond every range is infinite, not an error.
+double typed_number(std::string_view text);
 
 // Strict reading: surrounding blanks and thousands separators are accepted, anything else that is
 // no number (the empty text too) raises "Type mismatch".

@@ -1,7 +1,5 @@
 #include "protocol/conversions.h"
 
-#include <limits>
-
 #include "platform/error.h"
 #include "platform/number.h"
 #include "platform/trap.h"
@@ -14,15 +12,6 @@ namespace {
 unsigned char byte_at(std::string_view bytes, std::size_t index) {
   if (index >= bytes.size()) throw PlatformError(Errc::invalid_call);
   return static_cast<unsigned char>(bytes[index]);
-}
-
-// A typed number that is beyond every range counts as infinite, not as an error.
-double typed_number(std::string_view text) {
-  try {
-    return val(text);
-  } catch (const PlatformError&) {
-    return std::numeric_limits<double>::infinity();
-  }
 }
 
 char as_char(unsigned value) { return static_cast<char>(static_cast<unsigned char>(value & 255U)); }

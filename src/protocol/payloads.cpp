@@ -12,6 +12,7 @@ namespace velmora {
 namespace {
 
 constexpr std::size_t kEntryNumbers = 8;  // file index and file size, before the name
+constexpr std::size_t kMinimumSpeed = 2;  // before a query's text
 
 // The bytes from an offset on; none when it lies beyond the end.
 std::string_view from(std::string_view text, std::size_t offset) {
@@ -125,10 +126,9 @@ std::string query_to_str(std::int16_t minimum_speed, std::string_view text) {
 }
 
 std::string query_text(const DescriptorHeader& header, std::string_view descriptor) {
-  const auto length = static_cast<std::int64_t>(header.payload_length) - 3;
-  if (length < 0) throw PlatformError(Errc::invalid_call);
-  std::string_view text =
-      from(descriptor, kHeaderSize + 2).substr(0, static_cast<std::size_t>(length));
+  if (header.payload_length < 3) throw PlatformError(Errc::invalid_call);
+  const auto length = static_cast<std::size_t>(header.payload_length) - kMinimumSpeed;
+  std::string_view text = from(descriptor, kHeaderSize + kMinimumSpeed).substr(0, length);
   if (text.ends_with('\0')) text.remove_suffix(1);
   return std::string(text);
 }

@@ -55,8 +55,8 @@ QueryHit str_to_query_reply(const DescriptorHeader& header, std::string_view pay
 
 // The query payload: minimum speed, text, one byte 0.
 std::string query_to_str(std::int16_t minimum_speed, std::string_view text);
-// The search text of a whole query descriptor (header included): length - 3 bytes from byte 26 on,
-// as far as they are there, one trailing 0 removed. A payload length below 3 raises "Invalid
+// The search text of a whole query descriptor (header included): its bytes from 26 to the payload's
+// end as far as they are there, one trailing 0 removed. A payload length below 3 raises "Invalid
 // procedure call or argument".
 std::string query_text(const DescriptorHeader& header, std::string_view descriptor);
 

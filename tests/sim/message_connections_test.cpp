@@ -211,6 +211,17 @@ TEST(Listeners, RefuseEqualPorts) {
   EXPECT_FALSE(peer->connected());
 }
 
+// A stored number beyond every range must not keep the program from starting, or a typed one end it.
+TEST(Listeners, ReadHugeNumbersWithoutAnError) {
+  ServentRig rig({{"port_config", "1e999"}, {"max_in_host", "1e999"}});
+  ASSERT_EQ(rig.started, Servent::Started::yes);
+  rig.form().upport_config.enter("1e999");
+  EXPECT_EQ(rig.status_bar(), "Cannot use the same port for messages and uploading!");
+  rig.form().port_config.enter("6346");
+  auto peer = rig.connected_peer("10.0.0.2");
+  EXPECT_EQ(rig.host_status(1), "Connected");
+}
+
 TEST(Listeners, TellWhenAPortIsTakenAndGoOnWithAnother) {
   ServentRig rig;
   rig.world.listen_raw("10.0.0.1", 7001, [](RawPeer&) {});

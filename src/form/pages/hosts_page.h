@@ -27,12 +27,8 @@ struct HostsPage {
       "2"};
   Button connect_auto{form_, "connect_auto", page, "Connect",
                       "Connects to several hosts until the max Outgoing limit is reached"};
-  CheckBox connect_dns{form_,
-                       "connect_dns",
-                       page,
-                       "Connect by Dns",
-                       "Connect to a host by its DNS name, if it's known.",
-                       true};
+  CheckBox connect_dns{form_, "connect_dns", page, "Connect by Dns",
+                       "Connect to a host by its DNS name, if it's known."};
   ListView lcache{form_,
                   "lcache",
                   page,

@@ -13,8 +13,12 @@ struct ViewPage {
   static constexpr Page page = Page::view;
 
  public:
-  CheckBox traffic_view{form_, "traffic_view", page, "View traffic",
-                        "Show the queries of other hosts as they pass by."};
+  CheckBox traffic_view{form_,
+                        "traffic_view",
+                        page,
+                        "View traffic",
+                        "Show the queries of other hosts as they pass by.",
+                        true};
   ListView lview{
       form_, "lview", page, "Queries", "The last 20 queries received.", {"Query", "GUID"}};
 };
