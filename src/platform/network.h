@@ -38,7 +38,7 @@ class Socket {
   // Errors: "No buffer space available"; "Not connected" when there is no standing connection.
   virtual void write(std::string_view data) = 0;
   // The same for a string that must arrive as one read of its own: it leaves alone, and nothing
-  // written later follows it before the next turn.
+  // written later follows it before the next turn, nor before the peer can have read it.
   virtual void write_alone(std::string_view data) = 0;
 
   // While reading is off no on_read comes; the peer's bytes wait in the kernel.

@@ -9,6 +9,10 @@
 namespace velmora::uv {
 namespace {
 
+// What follows a string that leaves alone waits so long, so that the peer can have read the string:
+// a turn of our loop says nothing about the peer's.
+constexpr int kHoldMs = 20;
+
 // libuv takes lengths of 32 bits and never changes what it sends.
 uv_buf_t buffer_over(const char* data, std::size_t size) {
   constexpr std::size_t kMost = std::numeric_limits<int>::max();
@@ -46,7 +50,8 @@ UvOutbox::Left UvOutbox::flush() {
   while (!failed_) {
     if (in_flight_ != nullptr) return Left::waits;
     if (segments_.empty()) return Left::all;
-    if (last_left_in_ == loop_.turn() && (last_was_alone_ || segments_.front().alone)) {
+    if (hold_ && hold_->enabled()) return Left::held;
+    if (segments_.front().alone && last_left_in_ == loop_.turn()) {
       loop_.request_turn();
       return Left::held;
     }
@@ -92,7 +97,14 @@ bool UvOutbox::send_waiting(Segment segment, std::size_t sent) {
 
 void UvOutbox::left(bool alone) {
   last_left_in_ = loop_.turn();
-  last_was_alone_ = alone;
+  if (!alone) return;
+  if (!hold_) {
+    hold_ = loop_.make_timer(kHoldMs, [this] {
+      hold_->set_enabled(false);
+      on_taken_();
+    });
+  }
+  hold_->set_enabled(true);
 }
 
 UvOutbox::Left UvOutbox::fail() {

@@ -8,9 +8,12 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+
+#include "platform/event_loop.h"
 
 namespace velmora::uv {
 
@@ -20,7 +23,7 @@ inline constexpr std::size_t kGatheredBytes = std::size_t{64} << 10;  // leave w
 
 class UvOutbox {
  public:
-  // `on_taken` says that the kernel has taken, or refused, what had to wait for it: flush again.
+  // `on_taken` says that what had to wait need not wait any longer: flush again.
   UvOutbox(UvLoop& loop, uv_stream_t* stream, std::function<void()> on_taken);
   ~UvOutbox();
   UvOutbox(const UvOutbox&) = delete;
@@ -31,7 +34,7 @@ class UvOutbox {
   enum class Left {
     all,
     waits,   // the kernel is full; on_taken follows
-    held,    // the rest leaves in the next turn, which has been requested
+    held,    // the rest leaves a little later; on_taken or the next turn follows
     failed,  // the stream cannot send any more; what was queued is gone
   };
   Left flush();
@@ -57,7 +60,7 @@ class UvOutbox {
   std::size_t bytes_ = 0;  // in segments_
   Request* in_flight_ = nullptr;
   std::optional<std::uint64_t> last_left_in_;  // the turn
-  bool last_was_alone_ = false;
+  std::unique_ptr<Timer> hold_;  // runs while what follows a lone string waits
   bool failed_ = false;
 };
 
