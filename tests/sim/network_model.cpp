@@ -31,10 +31,15 @@ std::string hex_start(std::string_view bytes) {
 
 // A text from the network as it stands in a debug line: control bytes escaped.
 std::string one_line(const std::string& text) {
+  const auto is = [&](std::size_t i, unsigned first, unsigned last) {
+    const unsigned value = i < text.size() ? static_cast<unsigned char>(text[i]) : 256;
+    return value >= first && value <= last;
+  };
   std::string line;
-  for (const char c : text) {
-    const unsigned value = static_cast<unsigned char>(c);
-    line += value < 32 || value == 127 ? "\\x" + hex(c) : std::string(1, c);
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const bool pair = is(i, 0xC2, 0xC2) && is(i + 1, 0x80, 0x9F);
+    if (pair) line += "\\x" + hex(text[i++]);
+    line += pair || is(i, 0, 31) || is(i, 127, 127) ? "\\x" + hex(text[i]) : text.substr(i, 1);
   }
   return line;
 }
