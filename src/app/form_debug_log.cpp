@@ -7,7 +7,8 @@
 namespace velmora {
 
 void FormDebugLog::debug_log(std::string_view text) {
-  const std::string line = escape_control_bytes(text);
+  // More of one line would be cut at once.
+  const std::string line = escape_control_bytes(text.substr(0, kMostCharacters));
   std::string log = window_.text() + line + "\r\n";
   if (log.size() > kMostCharacters) log.resize(kCutTo);
   window_.set_text(std::move(log));

@@ -22,11 +22,11 @@ void Listeners::open() {
     form_.StatusBar.set_panel(1, "Cannot use the same port for messages and uploading!");
     return;
   }
-  // Both old ports are free before either new one is taken, so that the two can change places.
-  messages_.close_listener();
-  uploads_.close_listener();
-  if (open_one("Message", [&] { messages_.listen(unsigned_port(message_port)); })) {
-    open_one("Upload", [&] { uploads_.listen(unsigned_port(upload_port)); });
+  // The two may change places. Otherwise a message port that is taken leaves uploads as they are.
+  if (message_port == upload_port_) uploads_.close_listener();
+  if (open_one("Message", [&] { messages_.listen(unsigned_port(message_port)); }) &&
+      open_one("Upload", [&] { uploads_.listen(unsigned_port(upload_port)); })) {
+    upload_port_ = upload_port;
   }
 }
 

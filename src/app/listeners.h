@@ -2,6 +2,7 @@
 // the way. Used at start-up and whenever one of the two port fields is confirmed.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 
 #include "form/form.h"
@@ -26,6 +27,7 @@ class Listeners {
   MessageBoxes& boxes_;
   MessageConnections& messages_;
   UploadServer& uploads_;
+  std::int16_t upload_port_ = 0;  // last opened
 };
 
 }  // namespace velmora

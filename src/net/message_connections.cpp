@@ -38,9 +38,7 @@ void MessageConnections::listen(std::uint16_t port) {
   note_opening_change();
 }
 
-std::string MessageConnections::local_address() const {
-  return listener_ ? listener_->local_address() : "127.0.0.1";
-}
+std::string MessageConnections::local_address() const { return network_.local_address(); }
 
 std::int16_t MessageConnections::local_port() const {
   return listener_ ? to_port(listener_->local_port()) : std::int16_t{0};

@@ -39,8 +39,7 @@ class MessageConnections : public ListenerEvents, private MessageSocketOwner {
 
   // Opens element 0; an earlier listener is closed first. Raises the platform's error.
   void listen(std::uint16_t port);
-  void close_listener() { listener_.reset(); }
-  // What the socket layer reports for element 0. Without a listener the port is 0.
+  // What the socket layer reports for element 0; the port is 0 while nothing listens.
   [[nodiscard]] std::string local_address() const;
   [[nodiscard]] std::int16_t local_port() const;
 

@@ -8,13 +8,16 @@
 
 namespace velmora {
 
-RecentQueries::RecentQueries(ListView& lview) : lview_(lview) { lview_.set_source(this); }
+RecentQueries::RecentQueries(ListView& lview, const CheckBox& traffic_view)
+    : lview_(lview), traffic_view_(traffic_view) {
+  lview_.set_source(this);
+}
 
 void RecentQueries::add(std::string text, std::string_view guid) {
   ring_[position_] = Entry{std::move(text), guid_text(guid)};
   position_ = (position_ + 1) % ring_.size();
   used_ = std::min(used_ + 1, ring_.size());
-  lview_.redraw();
+  if (traffic_view_.checked()) lview_.redraw();
 }
 
 std::string RecentQueries::cell(std::size_t row, std::size_t column) const {

@@ -13,7 +13,8 @@ namespace velmora {
 
 class RecentQueries : public ListSource {
  public:
-  explicit RecentQueries(ListView& lview);
+  // The list follows the ring while `traffic_view` is set.
+  RecentQueries(ListView& lview, const CheckBox& traffic_view);
 
   void add(std::string text, std::string_view guid);
 
@@ -26,6 +27,7 @@ class RecentQueries : public ListSource {
     std::string guid;  // as text
   };
   ListView& lview_;
+  const CheckBox& traffic_view_;
   std::array<Entry, 20> ring_;
   std::size_t position_ = 0;
   std::size_t used_ = 0;

@@ -35,7 +35,7 @@ Router::Router(Form& form, DebugLog& log, MessageConnections& connections, Routi
       counters_(counters),
       originator_(originator),
       neighbours_(neighbours),
-      recent_queries_(form.lview),
+      recent_queries_(form.lview, form.traffic_view),
       unknown_log_(form.frmUnknown) {}
 
 void Router::count_received(std::size_t connection) {

@@ -63,8 +63,6 @@ class Listener {
   virtual ~Listener() = default;
   // While accepting is off, connections wait in the backlog.
   virtual void set_accepting(bool accepting) = 0;
-  // Never 0.0.0.0: with a wildcard listener it is the machine's primary address.
-  [[nodiscard]] virtual std::string local_address() const = 0;
   [[nodiscard]] virtual std::uint16_t local_port() const = 0;
 };
 
@@ -80,6 +78,10 @@ class Network {
   // up, port 0) fail without a packet. A time-out of 0 means none.
   virtual std::unique_ptr<Socket> connect(const std::string& host, std::uint16_t port,
                                           int timeout_ms, SocketEvents& events) = 0;
+
+  // The address that listeners of this network have. Never 0.0.0.0: when they listen on all
+  // addresses it is the machine's primary one.
+  [[nodiscard]] virtual std::string local_address() const = 0;
 };
 
 }  // namespace velmora

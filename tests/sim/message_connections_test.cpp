@@ -234,10 +234,19 @@ TEST(Listeners, TellWhenAPortIsTakenAndGoOnWithAnother) {
             "The Message port is already in use. Please run only one Gnutella application, or "
             "change the port. Incomming connections will go to the other gnutella app. Outgoing "
             "connections are still possible.");
-  rig.form().port_config.enter("7002");
-  auto peer = rig.world.connect_raw("10.0.0.2", "10.0.0.1", 7002);
-  rig.world.run_for(10);
-  EXPECT_TRUE(peer->connected());
+  // Uploads are served as before; ports that are free can also change places.
+  const auto reaches = [&](std::uint16_t port) {
+    auto peer = rig.world.connect_raw("10.0.0.2", "10.0.0.1", port);
+    rig.world.run_for(10);
+    return peer->connected();
+  };
+  EXPECT_FALSE(reaches(6346));
+  EXPECT_TRUE(reaches(6345));
+  rig.form().upport_config.set_text("7002");
+  rig.form().port_config.enter("6345");
+  EXPECT_TRUE(reaches(6345));
+  EXPECT_TRUE(reaches(7002));
+  EXPECT_EQ(rig.host.screen().boxes.size(), 1U);
 }
 
 }  // namespace

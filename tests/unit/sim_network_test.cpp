@@ -81,7 +81,7 @@ class SimNetworkTest : public ::testing::Test {
 
 TEST_F(SimNetworkTest, AConnectionStandsAfterARoundTripAndIsAcceptedHalfOneLater) {
   listener = b.network.listen(5634, 5, server);
-  EXPECT_EQ(listener->local_address(), "10.0.0.2");
+  EXPECT_EQ(b.network.local_address(), "10.0.0.2");
   world.add_name("host.example", "10.0.0.2");
   client.sockets.push_back(a.network.connect("host.example", 5634, 1000, client));
   EXPECT_FALSE(near().connected());

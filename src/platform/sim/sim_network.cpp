@@ -23,7 +23,6 @@ class SimListener : public Listener {
   SimListener& operator=(const SimListener&) = delete;
 
   void set_accepting(bool accepting) override { port_->set_accepting(accepting); }
-  [[nodiscard]] std::string local_address() const override { return port_->address(); }
   [[nodiscard]] std::uint16_t local_port() const override { return port_->port(); }
 
  private:

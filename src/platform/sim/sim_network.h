@@ -20,6 +20,8 @@ class SimNetwork : public Network {
   std::unique_ptr<Socket> connect(const std::string& host, std::uint16_t port, int timeout_ms,
                                   SocketEvents& events) override;
 
+  [[nodiscard]] std::string local_address() const override { return address_; }
+
   // For its sockets.
   [[nodiscard]] Internet& internet() const { return internet_; }
   void add_socket(const SimSocket* socket) { sockets_.insert(socket); }

@@ -41,10 +41,6 @@ UvListener::UvListener(UvNetwork& network, std::uint16_t port, int backlog, List
 
 UvListener::~UvListener() { network_.listener_closed(); }
 
-std::string UvListener::local_address() const {
-  return network_.bind_address().empty() ? primary_address() : network_.bind_address();
-}
-
 bool UvListener::may_accept() const { return network_.has_descriptor_to_spare(); }
 
 // Hands over as its last act: the receiver may destroy the listener.

@@ -19,7 +19,6 @@ class UvListener : public Listener, private AcceptorEvents {
   UvListener& operator=(const UvListener&) = delete;
 
   void set_accepting(bool accepting) override { acceptor_->set_accepting(accepting); }
-  [[nodiscard]] std::string local_address() const override;
   [[nodiscard]] std::uint16_t local_port() const override { return local_port_; }
 
  private:

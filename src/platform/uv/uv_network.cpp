@@ -13,6 +13,7 @@
 namespace velmora::uv {
 namespace {
 
+constexpr std::int64_t kPrimaryAddressMs = 5000;  // for so long it is not looked up again
 constexpr std::size_t kDescriptorsKeptBack = 64;  // for files, folders and the control socket
 
 }  // namespace
@@ -49,6 +50,16 @@ std::unique_ptr<Socket> UvNetwork::connect(const std::string& host, std::uint16_
     connection->fail_later(host, port);
   }
   return std::make_unique<UvSocket>(std::move(connection));
+}
+
+std::string UvNetwork::local_address() const {
+  if (!bind_address_.empty()) return bind_address_;
+  const std::int64_t now = loop_.now_ms();
+  if (now >= primary_until_ms_) {
+    primary_address_ = primary_address();
+    primary_until_ms_ = now + kPrimaryAddressMs;
+  }
+  return primary_address_;
 }
 
 bool UvNetwork::parting() const {

@@ -29,6 +29,8 @@ class UvNetwork : public Network, private TurnEnd {
   std::unique_ptr<Socket> connect(const std::string& host, std::uint16_t port, int timeout_ms,
                                   SocketEvents& events) override;
 
+  [[nodiscard]] std::string local_address() const override;
+
   // Whether bytes of closed sockets are still leaving.
   [[nodiscard]] bool parting() const;
 
@@ -53,6 +55,10 @@ class UvNetwork : public Network, private TurnEnd {
 
   UvLoop& loop_;
   std::string bind_address_;
+  // The machine's primary address as it was last looked up; asking the system costs too much for
+  // every descriptor that names it.
+  mutable std::string primary_address_;
+  mutable std::int64_t primary_until_ms_ = 0;
   std::unordered_map<UvConnection*, std::shared_ptr<UvConnection>> connections_;
   std::vector<std::shared_ptr<UvConnection>> planned_;
   std::size_t listeners_ = 0;
