@@ -15,7 +15,7 @@ class ControlSocket : private ControlChannelEvents {
  public:
   // `on_quit` runs in the turn after a client asked for the end of the program.
   ControlSocket(ControlRegistry& form, EventLoop& loop, ControlChannel& channel, Handler on_quit);
-  ~ControlSocket();
+  ~ControlSocket() override;
   ControlSocket(const ControlSocket&) = delete;
   ControlSocket& operator=(const ControlSocket&) = delete;
 

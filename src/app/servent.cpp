@@ -88,8 +88,8 @@ struct Servent::Parts {
   DownloadQueue download_queue{platform.loop, platform.files, form,           log,
                                results,       downloads,      download_client};
 
-  Router router{form,   log,      connections, routes,
-                counters, originator, {host_cache, answers, results}};
+  Router router{
+      form, log, connections, routes, counters, originator, {host_cache, answers, results}};
   Framing framing{router, log};
 
   ListRefresh refresh{platform.loop, form, connections, counters};

@@ -52,8 +52,8 @@ std::string quoted(std::string_view text) {
 // Keys stand bare wherever TOML allows it, as a person would write them.
 std::string key_text(std::string_view key) {
   const auto bare = [](char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
-           c == '_' || c == '-';
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' ||
+           c == '-';
   };
   const bool plain = !key.empty() && std::all_of(key.begin(), key.end(), bare);
   return plain ? std::string(key) : quoted(key);

@@ -16,7 +16,7 @@ Lines counter_lines(const WatchState& state, std::size_t width) {
   std::size_t widest = 1;
   Lines cells;
   for (const auto& [name, value] : state.counters) {
-    cells.push_back(name + " " + value);
+    cells.push_back(fmt::format("{} {}", name, value));
     widest = std::max(widest, columns(cells.back()));
   }
   constexpr std::size_t kGap = 3;

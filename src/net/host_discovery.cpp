@@ -16,9 +16,9 @@ HostDiscovery::HostDiscovery(Form& form, MessageConnections& connections, Origin
 
 void HostDiscovery::connect_to_typed_host() {
   const CheckedHost host = Check_IP(form_.new_host.text());
-  form_.StatusBar.set_panel(
-      1, host.message.empty() ? connections_.connect_out(host.address, host.port, "?")
-                              : host.message);
+  form_.StatusBar.set_panel(1, host.message.empty()
+                                   ? connections_.connect_out(host.address, host.port, "?")
+                                   : host.message);
 }
 
 // Kept: the search does not wrap round, so a connection below the cursor is found only by a later

@@ -68,8 +68,7 @@ void Originator::send_query(const std::string& search_text) {
   trap(log_, "Error: send_query: ", [&] {
     DescriptorHeader header = new_header(kQuery);
     // Kept: the servent asks for hosts at least as fast as itself.
-    const std::string payload =
-        query_to_str(to_int16(val(form_.speed_config.text())), search_text);
+    const std::string payload = query_to_str(to_int16(val(form_.speed_config.text())), search_text);
     header.payload_length = to_single(static_cast<double>(payload.size()));
     searches_.remember_search(search_text, header.guid);
     const std::string descriptor = header_to_str(header, log_) + payload;
@@ -90,8 +89,8 @@ void Originator::send_query(const std::string& search_text) {
         written = true;
       });
     }
-    form_.StatusBar.set_panel(1, written ? "Sent Query, waiting for replies..."
-                                         : "No Connections to send query!");
+    form_.StatusBar.set_panel(
+        1, written ? "Sent Query, waiting for replies..." : "No Connections to send query!");
   });
 }
 

@@ -56,7 +56,8 @@ void Router::got_ping(const DescriptorHeader& header, std::string_view data,
     counters_.pings_in += 1;
     Route route{.connection = as_route_index(connection), .function = kPing};
     if (!routes_.seen_guid(header.guid, route)) {
-      counters_.pings_out += foward_data(header, data, connection, ForwardMode::to_all_others);
+      counters_.pings_out +=
+          to_single(foward_data(header, data, connection, ForwardMode::to_all_others));
       originator_.send_pong(connection, header);
     } else if (route.function == kPing) {
       // Kept: every repeated ping counts as our own come back, whoever sent it first.

@@ -9,8 +9,10 @@
 
 namespace velmora {
 
-inline constexpr std::size_t kMaxControlLine = std::size_t{16} << 20;    // a longer one ends the client
-inline constexpr std::size_t kMaxControlUnsent = std::size_t{64} << 20;  // likewise a client this far behind
+inline constexpr std::size_t kMaxControlLine = std::size_t{16}
+                                               << 20;  // a longer one ends the client
+inline constexpr std::size_t kMaxControlUnsent = std::size_t{64}
+                                                 << 20;  // likewise a client this far behind
 inline constexpr std::size_t kMaxControlClients = 64;
 
 class ControlChannelEvents {

@@ -20,8 +20,8 @@ inline constexpr std::size_t kMaxUnsentTotal = std::size_t{64} << 20;
 class SocketEvents {
  public:
   virtual ~SocketEvents() = default;
-  virtual void on_connect() = 0;         // an outgoing connection stands
-  virtual void on_connect_failed() = 0;  // refused, unreachable, or its time-out ran out
+  virtual void on_connect() = 0;                    // an outgoing connection stands
+  virtual void on_connect_failed() = 0;             // refused, unreachable, or its time-out ran out
   virtual void on_read(std::string_view data) = 0;  // all that was queued; valid in the call only
   virtual void on_disconnect() = 0;                 // the peer closed or reset; comes once, last
 };

@@ -1,5 +1,6 @@
 // The one helper with which a procedure traps its own errors: a prefix (the procedure's name as the
-// user reads it) and a body. It is not a place to repair anything: state stays as the error left it.
+// user reads it) and a body. It is not a place to repair anything: state stays as the error left
+// it.
 #pragma once
 
 #include <string>

@@ -81,7 +81,7 @@ std::string_view cut(std::string_view text, std::size_t most) {
 }  // namespace
 
 std::string disk_name(std::string_view name) {
-  const std::string clean = cleaned(name);
+  std::string clean = cleaned(name);
   if (clean == name && clean.size() <= kMaxDiskName && !own_name(clean)) return clean;
 
   const std::size_t last_dot = clean.rfind('.');

@@ -1,4 +1,5 @@
-// A real program started by a test: its output is read through pipes, and it is ended with the test.
+// A real program started by a test: its output is read through pipes, and it is ended with the
+// test.
 #pragma once
 
 #include <sys/types.h>

@@ -211,7 +211,8 @@ TEST(Listeners, RefuseEqualPorts) {
   EXPECT_FALSE(peer->connected());
 }
 
-// A stored number beyond every range must not keep the program from starting, or a typed one end it.
+// A stored number beyond every range must not keep the program from starting, or a typed one end
+// it.
 TEST(Listeners, ReadHugeNumbersWithoutAnError) {
   ServentRig rig({{"port_config", "1e999"}, {"max_in_host", "1e999"}});
   ASSERT_EQ(rig.started, Servent::Started::yes);

@@ -50,19 +50,18 @@ TEST(Routing, TtlAndHopRules) {
     int ttl_out, hops_out;  // ttl_out 0: not forwarded
   };
   const Case table[] = {
-      {1, 0, "5", 0, 0},    {0, 0, "5", 0, 0},     {2, 0, "5", 1, 1},   {200, 0, "5", 5, 1},
-      {52, 0, "5", 5, 1},   {51, 0, "5", 50, 1},   {30, 6, "7", 29, 7}, {30, 7, "7", 0, 0},
-      {9, 255, "5", 0, 0},  {9, 255, "255", 8, 255}, {9, 0, "0", 0, 0}, {9, 0, "", 0, 0},
+      {1, 0, "5", 0, 0},   {0, 0, "5", 0, 0},       {2, 0, "5", 1, 1},   {200, 0, "5", 5, 1},
+      {52, 0, "5", 5, 1},  {51, 0, "5", 50, 1},     {30, 6, "7", 29, 7}, {30, 7, "7", 0, 0},
+      {9, 255, "5", 0, 0}, {9, 255, "255", 8, 255}, {9, 0, "0", 0, 0},   {9, 0, "", 0, 0},
   };
   for (const Case& c : table) {
     ServentRig rig(open_doors(c.maximum));
     Peers peers(rig);
     peers.a->send(descriptor("q", kQueryCode, c.ttl, c.hops, std::string("\0\0abc\0", 6)));
     rig.world.run_for(5);
-    const std::string expected =
-        c.ttl_out == 0 ? ""
-                       : descriptor("q", kQueryCode, c.ttl_out, c.hops_out,
-                                    std::string("\0\0abc\0", 6));
+    const std::string expected = c.ttl_out == 0 ? ""
+                                                : descriptor("q", kQueryCode, c.ttl_out, c.hops_out,
+                                                             std::string("\0\0abc\0", 6));
     EXPECT_EQ(peers.b->take(), expected) << c.ttl << " " << c.hops << " " << c.maximum;
     EXPECT_EQ(rig.counter(rig.form().drop_stat), c.ttl_out == 0 ? "1" : "0");
   }

@@ -116,6 +116,7 @@ std::vector<std::string> Disk::names_in(const std::string& folder) const {
   }
   std::sort(found.begin(), found.end());
   std::vector<std::string> names;
+  names.reserve(found.size());
   for (auto& [order, name] : found) names.push_back(std::move(name));
   return names;
 }

@@ -145,7 +145,7 @@ void Endpoint::pump() {
   if (closing_ && !end_sent_ && queue_.empty()) send_end();
 }
 
-void Endpoint::transmit(std::string bytes) {
+void Endpoint::transmit(const std::string& bytes) {
   const NetworkConditions& conditions = internet_.conditions;
   Chance& chance = internet_.chance;
   in_flight_ += bytes.size();

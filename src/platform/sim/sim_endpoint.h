@@ -64,7 +64,7 @@ class Endpoint : public std::enable_shared_from_this<Endpoint> {
   void flush();
   void pump();
   [[nodiscard]] std::size_t window() const;
-  void transmit(std::string bytes);
+  void transmit(const std::string& bytes);
   void carry(std::string bytes);
   void release_held();
   void break_connection(std::int64_t time_us);

@@ -34,8 +34,9 @@ struct NetworkConditions {
   double join_probability = 0;     // a segment waits for the next and arrives with it
   double reset_probability = 0;    // a segment is lost and the connection reset instead
   double refuse_probability = 0;   // a connect is refused
-  double silent_connect_probability = 0;    // a connect is never answered
-  std::size_t receive_window = 256 * 1024;  // what the receiving kernel holds for a paused reader
+  double silent_connect_probability = 0;  // a connect is never answered
+  std::size_t receive_window =
+      std::size_t{256} * 1024;  // what the receiving kernel holds for a paused reader
 };
 
 struct TranscriptEntry {

@@ -60,7 +60,7 @@ class UvOutbox {
   std::size_t bytes_ = 0;  // in segments_
   Request* in_flight_ = nullptr;
   std::optional<std::uint64_t> last_left_in_;  // the turn
-  std::unique_ptr<Timer> hold_;  // runs while what follows a lone string waits
+  std::unique_ptr<Timer> hold_;                // runs while what follows a lone string waits
   bool failed_ = false;
 };
 
