@@ -120,7 +120,7 @@ TEST(Velmorad, LinksNoScreenLibrary) {
 TEST(Programs, FindOfferAndFetchAFile) {
   TemporaryFolder alice_profile, bob_profile, music, downloads;
   std::string song = "\xFF\xFB\x90";
-  for (int i = 0; i < 700'000; ++i) song += static_cast<char>(i * i % 251);
+  for (unsigned i = 0; i < 700'000; ++i) song += static_cast<char>(i * i % 251);
   std::ofstream(music.path() + "/a song.mp3", std::ios::binary) << song;
   auto alice = servent(alice_profile, "127.0.0.11",
                        {"--set", "pack_upload=1048576", "--set", "speed_upload=0"});
