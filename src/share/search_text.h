@@ -18,7 +18,6 @@ class SearchText {
   [[nodiscard]] bool holds(const SearchText& word) const {
     return (word.pairs_ & ~pairs_) == 0 && upper_.find(word.upper_) != std::string::npos;
   }
-  [[nodiscard]] const std::string& upper() const { return upper_; }
 
  private:
   std::string upper_;

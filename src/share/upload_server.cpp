@@ -14,6 +14,12 @@ namespace {
 constexpr int kBacklog = 200;
 constexpr int kMostFailures = 10;  // ticks in a row; a slot that only fails does not stay for ever
 constexpr std::string_view kOwnClient = "VelMora ";
+// A longer stop message could arrive in pieces, which the client would take for bytes of the file.
+constexpr std::size_t kMaxStopText = 1024;
+// Without a delay the timer ticks in every turn of the loop; when no client has taken anything for
+// so long, it slows down, or the machine would be kept busy with waiting.
+constexpr std::int64_t kIdleMs = 100;
+constexpr int kIdleDelayMs = 10;
 
 bool is_file_number(double value, const OneBased<SharedFile>& files) {
   return value >= 1 && value <= static_cast<double>(files.upper_bound()) &&
@@ -26,8 +32,14 @@ std::string reply_header(std::int32_t file_size) {
          std::to_string(file_size) + "\r\n\r\n";
 }
 
-std::string stop_frame(const std::string& text) {
-  return "VelMora-Stop: " + std::to_string(text.size()) + "\r\n" + text;
+// Cut, if need be, before a character of UTF-8.
+std::string stop_frame(std::string_view text) {
+  if (text.size() > kMaxStopText) {
+    std::size_t end = kMaxStopText;
+    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U) --end;
+    text = text.substr(0, end);
+  }
+  return "VelMora-Stop: " + std::to_string(text.size()) + "\r\n" + std::string(text);
 }
 
 std::int32_t bounded_start(double start) {
@@ -80,7 +92,8 @@ void UploadServer::refresh() {
 
 // Setting the interval starts it anew, so it is set only when it moved.
 void UploadServer::follow_slider() {
-  const int delay_ms = form_.speed_upload.position();
+  int delay_ms = form_.speed_upload.position();
+  if (delay_ms == 0 && loop_.now_ms() - last_sent_ms_ >= kIdleMs) delay_ms = kIdleDelayMs;
   if (upload_file_t_->interval() != delay_ms) upload_file_t_->set_interval(delay_ms);
 }
 
@@ -181,6 +194,7 @@ void UploadServer::start_sending(std::size_t index) {
   }
   upload_log_.log_uploads(slot);
   connections_.at(index - 1)->send_header(reply_header(slot.file_size));
+  last_sent_ms_ = loop_.now_ms();
   follow_slider();
   upload_file_t_->set_enabled(true);
 }
@@ -209,6 +223,7 @@ void UploadServer::upload_files() {
     active = true;
   }
   if (!active) upload_file_t_->set_enabled(false);
+  follow_slider();
   form_.lupload.redraw();
 }
 
@@ -239,6 +254,7 @@ void UploadServer::send_packet(std::size_t index) {
     throw PlatformError(Errc::input_past_end);
   }
   connection.send_packet(packet);
+  last_sent_ms_ = loop_.now_ms();
   slot.position += length;
 }
 

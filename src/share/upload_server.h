@@ -80,6 +80,7 @@ class UploadServer : private ListenerEvents, private UploadConnectionEvents {
   std::unique_ptr<Timer> upload_file_t_;
   std::unique_ptr<Listener> listener_;
   std::int16_t active_uploads_ = 0;
+  std::int64_t last_sent_ms_ = 0;  // when a header or a packet last left
 };
 
 }  // namespace velmora

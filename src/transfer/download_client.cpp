@@ -16,6 +16,7 @@ namespace velmora {
 namespace {
 
 constexpr std::size_t kMaxLoggedMessage = 500;
+constexpr std::size_t kMaxServerName = 255;
 // An upload server takes a client that is gone before its next tick for one that did not receive
 // the file, so after the last byte the close is left to the server for so long.
 constexpr int kFarewellMs = 5000;
@@ -43,6 +44,7 @@ class DownloadClient::Element : public SocketEvents {
 
   std::size_t entry = 0;    // of the download list; 0 while none is being fetched
   std::uint64_t start = 0;  // the first byte that this connection asked for
+  bool lost_bytes = false;  // some came behind the header in its block
   std::unique_ptr<Socket> socket;
   std::unique_ptr<Timer> timeout_downl_t;
   std::unique_ptr<Timer> silence;
@@ -97,6 +99,7 @@ std::string DownloadClient::connect(std::size_t entry, const std::string& addres
     element.timeout_downl_t->set_enabled(true);
     element.entry = entry;
     element.start = record.bytes_received;
+    element.lost_bytes = false;
     record.state = 1;
     record.status = "Requesting to Connect";
     record.message.clear();
@@ -106,8 +109,12 @@ std::string DownloadClient::connect(std::size_t entry, const std::string& addres
   return error;
 }
 
+// Behind lost bytes nothing lies where it belongs, so the next resumption asks for all of it again.
 void DownloadClient::end(Element& element, const std::string& status) {
   DownloadRecord& record = record_of(element);
+  if (element.lost_bytes && !record.complete()) {
+    record.bytes_received = std::min(record.bytes_received, element.start);
+  }
   element.entry = 0;
   element.socket.reset();
   element.timeout_downl_t.reset();
@@ -180,6 +187,7 @@ void DownloadClient::process_block(Element& element, std::string_view block) {
   if (header == 0 && !open) {
     refuse(element, block);
   } else if (!open || header == block.size()) {
+    element.lost_bytes = element.lost_bytes || header < block.size();
     process_header(element, block.substr(0, header));
   } else {
     write_block(element, block);
@@ -194,8 +202,8 @@ void DownloadClient::refuse(Element& element, std::string_view block) {
 // Kept: file bytes in the same block behind the header are not written.
 void DownloadClient::process_header(Element& element, std::string_view header) {
   DownloadRecord& record = record_of(element);
-  HttpReply reply = parse_http_reply(header);
-  if (!reply.server.empty()) record.server = std::move(reply.server);
+  const HttpReply reply = parse_http_reply(header);
+  if (!reply.server.empty()) record.server = reply.server.substr(0, kMaxServerName);
   if (reply.content_length) record.size = std::to_string(*reply.content_length);
   if (!reply.content_length && record.exact_size() == 0) return refuse(element, header);
 
@@ -214,7 +222,7 @@ void DownloadClient::open_file(Element& element) {
   const std::uint64_t on_disk = PartialFile::length_on_disk(files_, folder, name);
   const bool complete = record.exact_size() == element.start;
   if (on_disk < element.start) {
-    if (complete) return end(element, "Done");
+    if (complete) return end_as_done(element);
     record.bytes_received = on_disk;  // the next resumption goes on from what there is
   }
   for (const DownloadRecord& other : downloads_.download_list()) {
@@ -241,6 +249,10 @@ void DownloadClient::finish(Element& element) {
   DownloadRecord& record = record_of(element);
   record.bytes_received = record.file->position();
   record.file->finish();
+  end_as_done(element);
+}
+
+void DownloadClient::end_as_done(Element& element) {
   std::unique_ptr<Socket> socket = std::move(element.socket);
   end(element, "Done");
   element.socket = std::move(socket);

@@ -1,7 +1,8 @@
 // Fetches files from other servents' upload servers. It owns the `downl` sockets, each with its
 // timers, one for every running entry of the download list; what it learns it writes into the
-// entry. Every end of a connection closes socket, timers and file, sets the entry's state below 1
-// and leaves the status that explains it; the partial file stays for the next resumption.
+// entry. Every end of a transfer closes timers and file, sets the entry's state below 1 and leaves
+// the status that explains it; the partial file stays for the next resumption. The socket closes
+// with it, but after the last byte that is left to the server for a few seconds.
 #pragma once
 
 #include <cstddef>
@@ -61,6 +62,7 @@ class DownloadClient {
   void open_file(Element& element);
   void write_block(Element& element, std::string_view block);
   void finish(Element& element);
+  void end_as_done(Element& element);
   DownloadRecord& record_of(const Element& element);
 
   EventLoop& loop_;

@@ -19,7 +19,7 @@ struct search_result {
   std::string speed;      // kbit/s as the other side tells it
   std::array<char, 16> servent_guid{};
   std::string frequency;  // Hz, or empty
-  std::string bitrate;    // kbit/s, or empty
+  std::string bitrate;    // bit/s, or empty
 };
 
 }  // namespace velmora

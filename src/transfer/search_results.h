@@ -35,7 +35,6 @@ class SearchResults : public QueryHitIntake {
 
   [[nodiscard]] OneBased<search_result>& search_results() { return search_results_; }
   [[nodiscard]] const OneBased<search_result>& search_results() const { return search_results_; }
-  [[nodiscard]] const Timer& display_delay() const { return *display_delay_; }
 
  private:
   void add(const QueryHit& hit);

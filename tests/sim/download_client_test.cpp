@@ -268,6 +268,7 @@ TEST_F(DownloadTest, NeverReplacesAFile) {
   // A finished file that is asked for once more stays as it is.
   RawPeer& finished = resume();
   send(finished, {header("10"), "9"});
+  EXPECT_FALSE(finished.closed_by_peer());  // the server says so on its next tick
   expect_ended(finished, "Done");
   EXPECT_EQ(files().names("/down"), std::vector<std::string>{"song.mp3"});
   EXPECT_EQ(files().content("/down/song.mp3"), "0123456789");
@@ -279,6 +280,25 @@ TEST_F(DownloadTest, BytesBehindTheHeaderInItsBlockAreNotWritten) {
   send(peer, {header("10") + "01234", "56789"});
   EXPECT_EQ(files().content("/down/song.mp3.download"), "56789");
   EXPECT_EQ(status(), "Downloading 50%");
+  peer.close();
+  world_.run_for(10);
+
+  // What was written lies in the wrong place, so all of it is asked for again.
+  RawPeer& second = resume();
+  EXPECT_NE(second.received().find("Range: bytes=0-10\r\n"), std::string::npos);
+  send(second, {header("10"), "012"});
+  second.close();
+  world_.run_for(10);
+  RawPeer& third = resume();
+  EXPECT_NE(third.received().find("Range: bytes=3-10\r\n"), std::string::npos);
+  send(third, {header("10") + "3456", "789"});
+  third.close();
+  world_.run_for(10);
+  RawPeer& fourth = resume();
+  EXPECT_NE(fourth.received().find("Range: bytes=3-10\r\n"), std::string::npos);
+  send(fourth, {header("10"), "3456789"});
+  expect_ended(fourth, "Done");
+  EXPECT_EQ(files().content("/down/song.mp3"), "0123456789");
 }
 
 TEST_F(DownloadTest, AFileMayHoldTheLineOfAHeader) {

@@ -317,6 +317,14 @@ TEST_F(UploadServerTest, StopsByDoubleClickWithAMessageForItsOwnKind) {
   EXPECT_THAT(host.files().content("VelMora_uploads.log"), HasSubstr("Stat:You Stopped"));
   server.refresh();
   EXPECT_EQ(server.active_uploads(), 0);
+
+  // What could arrive in pieces is cut, never within a character.
+  form.text_upload.set_text(std::string(1023, 'x') + "\xC3\xA9 and more");
+  auto cut = ask(request("1", "a.bin", "User-Agent: VelMora 0.1.0:6345\r\n"));
+  world.run_for(500);
+  form.lupload.activate(1);
+  world.run_for(200);
+  EXPECT_EQ(cut->reads().back(), "VelMora-Stop: 1023\r\n" + std::string(1023, 'x'));
 }
 
 TEST_F(UploadServerTest, NeverMixesTheStopMessageWithPackets) {
@@ -360,6 +368,23 @@ TEST_F(UploadServerTest, SitsOutTicksForASlowReader) {
   peer->set_reading(true);
   world.run_for(20000);
   EXPECT_EQ(peer->received(), header(large.size()) + large);
+  EXPECT_EQ(status(1), "Done");
+}
+
+TEST_F(UploadServerTest, WithoutADelayItStillWaitsQuietlyForASlowReader) {
+  host.files().put("/d/a.bin", std::string(300000, 'z'));
+  world.conditions().receive_window = 20000;
+  form.pack_upload.set_position(100000);
+  form.speed_upload.set_position(0);
+  auto peer = ask(request("1", "a.bin"));
+  peer->set_reading(false);
+  world.run_for(1000);
+  const std::uint64_t before = form.lupload.version();  // every tick shows the list anew
+  world.run_for(1000);
+  EXPECT_LE(form.lupload.version() - before, 101U);
+  peer->set_reading(true);
+  const std::size_t whole = header(300000).size() + 300000;
+  EXPECT_TRUE(world.run_until([&] { return peer->received().size() == whole; }, 5000));
   EXPECT_EQ(status(1), "Done");
 }
 
