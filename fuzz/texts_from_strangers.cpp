@@ -2,8 +2,10 @@
 #include <cstdint>
 #include <cstdlib>
 #include <string_view>
+#include <vector>
 
 #include "media/mpeg_header.h"
+#include "net/cache_file.h"
 #include "platform/error.h"
 #include "platform/number.h"
 #include "protocol/conversions.h"
@@ -51,6 +53,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     OneBased<SharedFile> files(1000);
     std::int64_t total = 0;
     read_shared_list(text, files, total);
+  });
+  read([&] {
+    std::vector<CacheHost> hosts;
+    read_cache(text, hosts);
   });
   return 0;
 }

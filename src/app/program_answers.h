@@ -2,24 +2,58 @@
 // one module to another. They decide nothing.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <utility>
 
+#include "form/control.h"
+#include "net/dns_names.h"
 #include "net/message_connections.h"
 #include "net/questions.h"
 #include "net/traffic_counters.h"
+#include "platform/one_based.h"
 #include "share/query_answering.h"
 #include "share/questions.h"
 
 namespace velmora {
 
-// The place of the host cache while there is none: it takes pongs and knows no names.
-class NoHostCache : public PongIntake, public HostNames, public ClientNames {
+// How the upload log finds the names of clients.
+class ClientNamesOfCache : public ClientNames {
  public:
-  void set_cache_stat(const DescriptorHeader&, const Pong&, std::size_t) override {}
-  std::string dns_from_cache(const std::string&) override { return "?"; }
-  std::string name_of(const std::string& address) override { return dns_from_cache(address); }
+  explicit ClientNamesOfCache(HostNames& names) : names_(names) {}
+  std::string name_of(const std::string& address) override {
+    return names_.dns_from_cache(address);
+  }
+
+ private:
+  HostNames& names_;
+};
+
+// The records of an array by their missing names; those that are not in use are passed over. The
+// list that shows them keeps its number of rows: a name is no news of new ones.
+template <class Record>
+class NamesOf : public NamedRecords {
+ public:
+  using InUse = bool (*)(const Record& record);
+  NamesOf(OneBased<Record>& records, ListView& list, InUse in_use = nullptr)
+      : records_(records), list_(list), in_use_(in_use) {}
+
+  [[nodiscard]] std::size_t upper_bound() const override { return records_.upper_bound(); }
+  [[nodiscard]] const std::string* nameless_address(std::size_t index) const override {
+    const Record& record = records_.at(index);
+    if (in_use_ != nullptr && !in_use_(record)) return nullptr;
+    return name_is_missing(record.host_name) ? &record.address : nullptr;
+  }
+  void set_host_name(std::size_t index, const std::string& name) override {
+    records_.at(index).host_name = name;
+  }
+  void show_again() override { list_.redraw(list_.rows()); }
+
+ private:
+  OneBased<Record>& records_;
+  ListView& list_;
+  InUse in_use_;
 };
 
 // How query hits leave: over the message connections, counted.

@@ -10,6 +10,15 @@
 #include "app/settings.h"
 #include "app/settings_store.h"
 #include "app/small_window_commands.h"
+#include "net/auto_connector.h"
+#include "net/cache_commands.h"
+#include "net/cache_file.h"
+#include "net/cache_list.h"
+#include "net/dns_auto_update.h"
+#include "net/dns_lookups.h"
+#include "net/dns_names.h"
+#include "net/dns_scan.h"
+#include "net/host_cache.h"
 #include "net/host_discovery.h"
 #include "net/host_list.h"
 #include "net/message_connections.h"
@@ -30,6 +39,19 @@
 #include "transfer/search_slots.h"
 
 namespace velmora {
+namespace {
+
+// The texts that are not empty, in one line.
+std::string joined(std::initializer_list<std::string> texts) {
+  std::string line;
+  for (const std::string& text : texts) {
+    if (!line.empty() && !text.empty()) line += "; ";
+    line += text;
+  }
+  return line;
+}
+
+}  // namespace
 
 // The members stand in the order in which they need each other.
 struct Servent::Parts {
@@ -44,6 +66,7 @@ struct Servent::Parts {
       uploads.refresh();
       downloads.redraw();
     };
+    host_cache.on_change = [this] { results.display_soon(); };
     form.mnushow.on_click = [this] { form.frmMain.show(); };
     form.mnuexit.on_click = [this] { end_program(); };
   }
@@ -66,27 +89,47 @@ struct Servent::Parts {
   TrafficCounters counters;
   RoutingTable routes;
 
-  NoHostCache host_cache;
+  HostCache host_cache{platform.loop, cache_filter, log};
+  CacheList cache_list{form, host_cache};
+  CacheCommands cache_commands{form, platform.boxes, host_cache, cache_list, cache_filter};
+  DnsLookups dns_lookups{platform.dns, form};
+  DnsNames host_names{host_cache, dns_lookups, log};
+  ClientNamesOfCache client_names{host_names};
+  DnsScan dns_scan{platform.loop, form, host_cache, dns_lookups, log};
   SearchSlots search_slots{form};
   SharedIndex shared_index;
   MessageConnections connections{platform.loop, platform.network, form, log, counters, routes};
   HostList host_list{form, connections};
   Originator originator{platform.loop, form, log, connections, routes, counters, search_slots};
-  HostDiscovery discovery{form, connections, originator};
+  HostDiscovery discovery{form,       log,        connections,
+                          originator, host_cache, [this] { dns_update.dns_auto_update(); }};
+  AutoConnector auto_connector{platform.loop, form, log, connections, host_cache};
 
   Replies replies{connections, counters, GetGUID(platform.loop.local_time())};
   QueryAnswering answering{shared_index, form, replies, log};
   Answers answers{answering};
   SharedScan scan{platform, form, shared_index, log};
-  UploadServer uploads{platform, form, shared_index, host_cache, log};
+  UploadServer uploads{platform, form, shared_index, client_names, log};
 
-  SearchResults results{platform.loop, form, log, host_cache, [] {}};
+  SearchResults results{platform.loop, form, log, host_names,
+                        [this] { cache_list.display_cache(); }};
   SearchCommands search_commands{form, originator};
   DownloadList downloads{form};
   DownloadClient download_client{platform.loop, platform.network, platform.files, form,
                                  log,           downloads,        options.version};
   DownloadQueue download_queue{platform.loop, platform.files, form,           log,
                                results,       downloads,      download_client};
+
+  NamesOf<ConnectionSlot> connection_names{
+      connections.connection_slots(), form.lHosts,
+      [](const ConnectionSlot& slot) { return slot.state > kNeverUsed; }};
+  NamesOf<DownloadRecord> download_names{downloads.download_list(), form.ldown};
+  NamesOf<UploadSlot> upload_names{uploads.upload_slots(), form.lupload};
+  NamesOf<search_result> result_names{results.search_results(), form.lfound};
+  DnsAutoUpdate dns_update{platform.loop,
+                           host_names,
+                           log,
+                           {&connection_names, &download_names, &upload_names, &result_names}};
 
   Router router{
       form, log, connections, routes, counters, originator, {host_cache, answers, results}};
@@ -117,6 +160,8 @@ Servent::Started Servent::start() {
     return Started::already_running;
   }
   p.running = true;
+  const std::string cache_text = load_cache(p.platform.files, kCacheFile, p.host_cache);
+  p.cache_list.display_cache();
   const std::string shared_list_text = p.scan.load_saved();
 
   const std::string store_text = p.store.load();
@@ -128,13 +173,14 @@ Servent::Started Servent::start() {
   }
 
   p.listeners.open();
-  const std::string& shown = p.form.StatusBar.panel(1);
-  for (const std::string& text : {shared_list_text, store_text}) {
-    if (!text.empty() && shown.empty()) p.form.StatusBar.set_panel(1, text);
+  // The listeners have cleared the panel; what they say themselves stays.
+  if (p.form.StatusBar.panel(1).empty()) {
+    p.form.StatusBar.set_panel(1, joined({cache_text, shared_list_text, store_text}));
   }
   p.form.version.set_text("Version: " + p.options.version);
   p.platform.tray.add(p.form.frmMain.caption());
   p.refresh.start();
+  p.dns_update.start();
   trap(p.log, "control_socket: ", [&] { p.control.open(); });
   return Started::yes;
 }
@@ -143,14 +189,22 @@ void Servent::shutdown() {
   Parts& p = *parts_;
   if (!p.running) return;
   p.running = false;
+  p.dns_scan.stop();
+  p.dns_update.stop();
+  p.dns_lookups.cancel();
   p.refresh.stop();
   p.scan.stop();
+  p.auto_connector.stop();
   p.connections.close_all();
   p.uploads.shutdown();
   p.download_client.close_all();
   p.form.frmDebug.hide();
   p.form.frmUnknown.hide();
   Save_settings(p.form, p.store, p.log);
+  const std::string cache_text = save_cache(p.platform.files, kCacheFile, p.host_cache);
+  if (!cache_text.empty()) {
+    p.platform.boxes.show(BoxIcon::critical, "Problems saving Cache list", cache_text);
+  }
   p.platform.tray.remove();
   p.control.close();
   p.lock.reset();

@@ -140,10 +140,4 @@ void seed_default_filters(Form& form) {
   form.totalfilter_config.set_text(fmt::format("{}", list.items().size()));
 }
 
-void rebuild_filter_array(const Form& form, FilterArray& filter) {
-  const std::vector<std::string>& items = form.cachefilter_config.items();
-  filter.resize(items.size());
-  for (std::size_t i = 1; i <= items.size(); ++i) filter.at(i) = items[i - 1];
-}
-
 }  // namespace velmora

@@ -7,13 +7,10 @@
 
 #include "app/settings_store.h"
 #include "form/form.h"
+#include "net/address_filter.h"
 #include "platform/debug_log.h"
-#include "platform/one_based.h"
 
 namespace velmora {
-
-// The address filter as an array: a host whose address begins with an entry stays out of the cache.
-using FilterArray = OneBased<std::string>;
 
 // Fills the controls. A key that the store does not have leaves its control as it is. A stored
 // text that is no number where one is needed ends the loading there: raises a PlatformError.
@@ -24,8 +21,5 @@ void Save_settings(const Form& form, SettingsStore& store, DebugLog& log);
 
 // Puts the private address ranges into an empty filter list and shows their number.
 void seed_default_filters(Form& form);
-
-// Copies the filter list into the array.
-void rebuild_filter_array(const Form& form, FilterArray& filter);
 
 }  // namespace velmora

@@ -6,7 +6,10 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "cli/cache_verbs.h"
 #include "cli/context.h"
+#include "cli/discovery_verbs.h"
+#include "cli/dns_verbs.h"
 #include "cli/download_verbs.h"
 #include "cli/generic_verbs.h"
 #include "cli/network_verbs.h"
@@ -84,6 +87,9 @@ int run(int argc, char** argv) {
   Context context;
   add_options(app, context);
   add_network_verbs(app, context);
+  add_discovery_verbs(app, context);
+  add_cache_verbs(app, context);
+  add_dns_verbs(app, context);
   add_search_verbs(app, context);
   add_download_verbs(app, context);
   add_share_verbs(app, context);

@@ -1,16 +1,26 @@
 #include "net/host_discovery.h"
 
 #include <string>
+#include <utility>
 
 #include "platform/number.h"
+#include "platform/trap.h"
 #include "protocol/conversions.h"
 
 namespace velmora {
 
-HostDiscovery::HostDiscovery(Form& form, MessageConnections& connections, Originator& originator)
-    : form_(form), connections_(connections), originator_(originator) {
+HostDiscovery::HostDiscovery(Form& form, DebugLog& log, MessageConnections& connections,
+                             Originator& originator, const HostCache& cache,
+                             std::function<void()> dns_auto_update)
+    : form_(form),
+      log_(log),
+      connections_(connections),
+      originator_(originator),
+      cache_(cache),
+      dns_auto_update_(std::move(dns_auto_update)) {
   form_.new_host.on_enter = [this] { connect_to_typed_host(); };
   form_.more_cache.on_click = [this] { ping_next_host(); };
+  form_.lcache.on_activate = [this](std::size_t row) { connect_to_cached_host(row); };
   form_.lHosts.on_activate = [this](std::size_t row) { end_connection(row); };
 }
 
@@ -19,6 +29,15 @@ void HostDiscovery::connect_to_typed_host() {
   form_.StatusBar.set_panel(1, host.message.empty()
                                    ? connections_.connect_out(host.address, host.port, "?")
                                    : host.message);
+}
+
+// The list may still show a row that the cache has dropped.
+void HostDiscovery::connect_to_cached_host(std::size_t row) {
+  trap(log_, "lcache_DblClick: ", [&] {
+    const CacheHost host = cache_.row(row);
+    form_.StatusBar.set_panel(1, connections_.connect_out(host.address, host.port, host.host_name));
+    dns_auto_update_();
+  });
 }
 
 // Kept: the search does not wrap round, so a connection below the cursor is found only by a later

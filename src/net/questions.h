@@ -57,4 +57,17 @@ class QuerySender {
   virtual void send_query(const std::string& search_text) = 0;
 };
 
+// One array of records that carry a host's name beside its address, for the pass that fills missing
+// names in. Records count from 1; between two calls the array may have grown or shrunk.
+class NamedRecords {
+ public:
+  virtual ~NamedRecords() = default;
+  [[nodiscard]] virtual std::size_t upper_bound() const = 0;
+  // The address of the record if its name is missing, else none; good until the next call.
+  [[nodiscard]] virtual const std::string* nameless_address(std::size_t index) const = 0;
+  virtual void set_host_name(std::size_t index, const std::string& name) = 0;
+  // Names were set: the records are to be shown again.
+  virtual void show_again() = 0;
+};
+
 }  // namespace velmora

@@ -3,6 +3,7 @@
 // priorities, and nothing here waits.
 #pragma once
 
+#include <compare>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -30,6 +31,7 @@ struct LocalTime {
   int hour = 0;
   int minute = 0;
   int second = 0;
+  auto operator<=>(const LocalTime&) const = default;
 };
 
 class EventLoop {

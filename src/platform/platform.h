@@ -5,6 +5,7 @@
 
 #include "platform/control_channel.h"
 #include "platform/desktop.h"
+#include "platform/dns_client.h"
 #include "platform/event_loop.h"
 #include "platform/files.h"
 #include "platform/message_boxes.h"
@@ -20,6 +21,7 @@ struct Platform {
   TrayIcon& tray;
   ProgramStarter& programs;
   ControlChannel& control;
+  DnsClient& dns;
 };
 
 }  // namespace velmora

@@ -1,6 +1,5 @@
-// The shared list as a text file: lines of fields separated by commas and ended by CR LF, strings
-// in double quotes (a quote inside is doubled, every other byte stands as it is), numbers bare.
-// The first line gives the number of rows, the second names the fields, then one line per file.
+// The shared list as a text file of the form of platform/list_file.h. The first line gives the
+// number of rows, the second names the fields, then one line per file.
 #pragma once
 
 #include <cstdint>

@@ -31,6 +31,8 @@ class SearchResults : public QueryHitIntake {
   // Traps its errors ("Error: set_query_reply_view: "), as does display_query_reply.
   void set_query_reply_view(const QueryHit& hit) override;
   void display_query_reply();
+  // Has both lists redrawn within the delay, however often it is called.
+  void display_soon() { display_delay_->set_enabled(true); }
   void clear_search();
 
   [[nodiscard]] OneBased<search_result>& search_results() { return search_results_; }

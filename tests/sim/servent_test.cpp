@@ -25,8 +25,9 @@ TEST(Servent, ShowsAtStartWhatAPersonNeeds) {
   EXPECT_EQ(rig.form().version.text(), "Version: 0.1.0");
   EXPECT_EQ(rig.host.screen().tray_tip, "Velmora");
   EXPECT_EQ(rig.form().totalfilter_config.text(), "18");
-  // The first start finds no shared list and says so, also after the listeners cleared the panel.
-  EXPECT_EQ(rig.status_bar(), "load_shared: No such file or directory");
+  // The first start finds no lists and says so, also after the listeners cleared the panel.
+  EXPECT_EQ(rig.status_bar(),
+            "load_cache: No such file or directory; load_shared: No such file or directory");
 }
 
 TEST(Servent, KeepsSettingsOnlyThroughAnOrderlyEnd) {

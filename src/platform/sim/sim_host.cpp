@@ -11,8 +11,8 @@ SimHost::~SimHost() = default;
 const std::string& SimHost::address() const { return parts_->address; }
 
 Platform SimHost::platform() {
-  return {parts_->loop,   parts_->network, parts_->files,  parts_->screen,
-          parts_->screen, parts_->screen,  parts_->control};
+  return {parts_->loop,   parts_->network, parts_->files,   parts_->screen,
+          parts_->screen, parts_->screen,  parts_->control, parts_->dns};
 }
 
 SimFiles& SimHost::files() { return parts_->files; }
@@ -20,5 +20,7 @@ SimFiles& SimHost::files() { return parts_->files; }
 SimScreen& SimHost::screen() { return parts_->screen; }
 
 SimControl& SimHost::control() { return parts_->control; }
+
+SimDnsClient& SimHost::dns() { return parts_->dns; }
 
 }  // namespace velmora::sim

@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "platform/sim/sim_dns_client.h"
 #include "platform/sim/sim_loop.h"
 #include "platform/sim/sim_network.h"
 #include "platform/sim/sim_world.h"
@@ -14,7 +15,8 @@ struct SimHost::Parts {
       : address(host_address),
         loop(internet.scheduler, civil),
         network(internet, host_address),
-        control(loop) {}
+        control(loop),
+        dns(loop) {}
 
   std::string address;
   SimLoop loop;
@@ -22,6 +24,7 @@ struct SimHost::Parts {
   SimFiles files;
   SimScreen screen;
   SimControl control;
+  SimDnsClient dns;
 };
 
 }  // namespace velmora::sim

@@ -16,6 +16,7 @@
 
 #include "platform/platform.h"
 #include "platform/sim/sim_control.h"
+#include "platform/sim/sim_dns_client.h"
 #include "platform/sim/sim_files.h"
 #include "platform/sim/sim_screen.h"
 
@@ -63,6 +64,7 @@ class SimHost {
   SimFiles& files();
   SimScreen& screen();    // message boxes, tray icon, program starter: recorded and scripted
   SimControl& control();  // the control socket: a test speaks as its clients
+  SimDnsClient& dns();    // names of addresses by script
 
  private:
   friend class SimWorld;

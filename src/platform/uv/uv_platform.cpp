@@ -3,6 +3,7 @@
 #include "platform/uv/console_screen.h"
 #include "platform/uv/uv_control_channel.h"
 #include "platform/uv/uv_directory.h"
+#include "platform/uv/uv_dns_client.h"
 #include "platform/uv/uv_files.h"
 #include "platform/uv/uv_network.h"
 
@@ -15,12 +16,16 @@ constexpr int kLastBytesMs = 1000;
 
 struct UvPlatform::Parts {
   Parts(const std::string& profile, const std::string& listen_address)
-      : files(profile), network(loop, listen_address), control(loop, profile) {}
+      : files(profile),
+        network(loop, listen_address),
+        control(loop, profile),
+        dns(loop, listen_address) {}
 
   UvLoop loop;  // outlives what runs on it
   UvFiles files;
   UvNetwork network;
   UvControlChannel control;
+  UvDnsClient dns;
   ConsoleScreen screen;
 };
 
@@ -34,8 +39,8 @@ UvPlatform::~UvPlatform() {
 }
 
 Platform UvPlatform::platform() {
-  return {parts_->loop,   parts_->network, parts_->files,  parts_->screen,
-          parts_->screen, parts_->screen,  parts_->control};
+  return {parts_->loop,   parts_->network, parts_->files,   parts_->screen,
+          parts_->screen, parts_->screen,  parts_->control, parts_->dns};
 }
 
 UvLoop& UvPlatform::loop() { return parts_->loop; }

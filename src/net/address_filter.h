@@ -1,0 +1,21 @@
+// The address filter: a host whose address begins with one of its entries stays out of the cache.
+// Plain text matching, so that "10.0.0.1" keeps 10.0.0.12 out as well. It is a copy of the entries
+// of the drop-down list cachefilter_config, which is the setting.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "form/form.h"
+#include "platform/one_based.h"
+
+namespace velmora {
+
+using FilterArray = OneBased<std::string>;
+
+bool is_filtered(const FilterArray& filter, std::string_view address);
+
+// Copies the filter list into the array.
+void rebuild_filter_array(const Form& form, FilterArray& filter);
+
+}  // namespace velmora
