@@ -19,7 +19,7 @@ TerminalSize terminal_size() {
 }
 
 void write_now(std::string_view text) {
-  std::fwrite(text.data(), 1, text.size(), stdout);
+  if (!text.empty()) std::fwrite(text.data(), 1, text.size(), stdout);
   std::fflush(stdout);
 }
 
