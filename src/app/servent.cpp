@@ -167,7 +167,10 @@ Servent::Started Servent::start() {
   const std::string store_text = p.store.load();
   if (!store_text.empty()) p.log.debug_log(store_text);
   // A stored value that does not convert ends the loading; the rest keeps its design-time values.
-  trap(p.log, "load_settings: ", [&] { load_settings(p.form, p.store, p.cache_filter); });
+  if (!trap(p.log, "load_settings: ", [&] { load_settings(p.form, p.store, p.cache_filter); })) {
+    // The next save writes the fields as they are now; what was stored is not lost with that.
+    trap(p.log, "load_settings: ", [&] { p.store.keep_copy(); });
+  }
   for (const auto& [name, value] : p.options.set) {
     set_from_text(named_control(p.form, name), value);
   }

@@ -149,6 +149,10 @@ void SettingsStore::parse(const std::string& toml) {
   }
 }
 
+void SettingsStore::keep_copy() {
+  files_.save(path_ + ".bad", files_.read_whole(path_, kMostBytes));
+}
+
 void SettingsStore::save() {
   if (untouchable_) throw *untouchable_;
   const std::string content = to_toml();

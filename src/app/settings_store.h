@@ -32,6 +32,9 @@ class SettingsStore {
   // beside it under its name and ".bad". Returns "" on success. Raises nothing.
   std::string load();
 
+  // Keeps the file as it is beside it under its name and ".bad". Raises a PlatformError.
+  void keep_copy();
+
   // Writes the whole file anew. Raises a PlatformError and leaves the file as it was; so it does
   // when load() could neither read nor keep the file that is there.
   void save();

@@ -55,6 +55,7 @@ TEST(Servent, AStoredValueThatDoesNotConvertEndsTheLoading) {
   Servent servent(host.platform(), {});
   EXPECT_EQ(servent.start(), Servent::Started::yes);
   EXPECT_EQ(servent.form().port_config.text(), "7000");
+  EXPECT_THAT(host.files().content("settings.toml.bad"), testing::HasSubstr("max_in = \"9\""));
   EXPECT_EQ(servent.form().max_in_upload.text(), "4");
   EXPECT_THAT(servent.form().frmDebug.text(),
               testing::HasSubstr("load_settings: Type mismatch\r\n"));
