@@ -13,6 +13,17 @@ namespace {
 constexpr double kAnswerSeconds = 30;
 constexpr double kNoEnd = 1e7;  // seconds; some months
 
+CLI::Validator number_check(bool (*is_good)(double), std::string complaint) {
+  return {[is_good, complaint = std::move(complaint)](const std::string& text) {
+            double number = 0;
+            const char* end = text.data() + text.size();
+            const auto result = std::from_chars(text.data(), end, number);
+            const bool good = result.ec == std::errc() && result.ptr == end && is_good(number);
+            return good ? std::string() : "\"" + visible(text) + "\" " + complaint;
+          },
+          ""};
+}
+
 }  // namespace
 
 std::string unmarked(std::string_view argument) {
@@ -90,14 +101,11 @@ CLI::App* add_verb(CLI::App& app, const char* name, const char* group,
 }
 
 CLI::Validator above_zero() {
-  const auto check = [](std::string& text) {
-    double number = 0;
-    const char* end = text.data() + text.size();
-    const auto result = std::from_chars(text.data(), end, number);
-    const bool good = result.ec == std::errc() && result.ptr == end && number > 0;
-    return good ? std::string() : "\"" + visible(text) + "\" is not a number above 0";
-  };
-  return CLI::Validator(check, "", "above zero");
+  return number_check([](double number) { return number > 0; }, "is not a number above 0");
+}
+
+CLI::Validator not_negative() {
+  return number_check([](double number) { return number >= 0; }, "is not a number from 0 on");
 }
 
 nlohmann::json row_json(const List& list, std::size_t index) {

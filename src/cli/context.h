@@ -65,6 +65,7 @@ CLI::App* add_verb(CLI::App& app, const char* name, const char* group,
 
 // For options that take a row, a count or a length of time.
 CLI::Validator above_zero();
+CLI::Validator not_negative();
 
 nlohmann::json list_json(const List& list);
 nlohmann::json row_json(const List& list, std::size_t index);

@@ -4,6 +4,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <filesystem>
 
 #include "cli/follow.h"
 #include "cli/progress.h"
@@ -34,12 +35,28 @@ Queued find_download(const List& downloads, const List& result) {
   return {};
 }
 
-// Queues a search result and finds its entry; one that was queued before keeps its place.
-Queued queue_result(Servent& servent, std::size_t row) {
-  const List result = servent.list("lfound", row, 1);
+// The servent would only say "No such file or directory", and the user look for the wrong file.
+void require_download_folder(Servent& servent) {
+  const std::string folder = servent.text("down_config");
+  constexpr std::string_view kHint = "; choose one with: velmora-cli set down_config DIR";
+  if (folder.empty()) throw Failure(fmt::format("no download folder is set{}", kHint));
+  std::error_code error;
+  if (folder.front() == '/' && !std::filesystem::is_directory(folder, error)) {
+    throw Failure(fmt::format("the download folder {} is not a directory{}", folder, kHint));
+  }
+}
+
+List find_result(Servent& servent, std::size_t row) {
+  List result = servent.list("lfound", row, 1);
   if (result.rows.empty()) {
     throw Failure(fmt::format("there is no result {}: lfound has {}", row, result.total));
   }
+  return result;
+}
+
+// Queues a search result and finds its entry; one that was queued before keeps its place.
+Queued queue_result(Servent& servent, const List& result) {
+  const std::size_t row = result.first;
   Queued before = find_download(servent.list("ldown"), result);
   servent.act_on_row("activate", "lfound", row);
   Queued entry;
@@ -51,7 +68,10 @@ Queued queue_result(Servent& servent, std::size_t row) {
   if (!found) {
     throw Failure(fmt::format("result {} was not queued: {}", row, servent.text("StatusBar")));
   }
-  if (before.row > 0) Context::note(entry.name + " is in the download list already");
+  if (before.row > 0) {
+    Context::note(entry.name + (before.status == "Done" ? " was fetched before, and is not again"
+                                                        : " is in the download list already"));
+  }
   return entry;
 }
 
@@ -84,8 +104,11 @@ void download(Context& context, const Arguments& given) {
   context.watch_interrupt();
   Servent& servent = context.servent();
   servent.subscribe({"ldown"});
+  require_download_folder(servent);
+  std::vector<List> results;  // of all rows, before anything is queued
+  for (const std::size_t row : given.rows) results.push_back(find_result(servent, row));
   std::vector<Queued> entries;
-  for (const std::size_t row : given.rows) entries.push_back(queue_result(servent, row));
+  for (const List& result : results) entries.push_back(queue_result(servent, result));
   start(context, entries, given.detach);
 }
 
@@ -101,6 +124,7 @@ void resume(Context& context, bool detach) {
       entries.push_back({index + 1, downloads.cell(index, "Filename"), status});
     }
   }
+  if (!entries.empty()) require_download_folder(servent);
   if (entries.empty() && !context.json) Context::print("Nothing to resume.");
   start(context, entries, detach);
 }

@@ -21,8 +21,10 @@ double seconds_since(Clock::time_point time) {
 }  // namespace
 
 void Follow::add(std::size_t row, const std::string& name, const std::string& status) {
-  const bool known = std::any_of(entries_.begin(), entries_.end(),
-                                 [&](const Entry& entry) { return entry.row == row; });
+  // an entry that ended may have lost its row to one that was queued behind it
+  const bool known = std::any_of(entries_.begin(), entries_.end(), [&](const Entry& entry) {
+    return entry.row == row && entry.name == name;
+  });
   if (!known) entries_.push_back({row, name, status, status, 0, {}, false});
 }
 

@@ -16,6 +16,7 @@
 #include "cli/search_verbs.h"
 #include "cli/share_verbs.h"
 #include "cli/values.h"
+#include "cli/visible_text.h"
 #include "cli/watch.h"
 
 #ifndef VELMORA_VERSION
@@ -54,12 +55,31 @@ std::vector<std::string> marked_arguments(int argc, char** argv) {
   return arguments;
 }
 
+// What the library says of a wrong command line, and where to read on.
+std::string wrong_command_line(const CLI::App* app, const CLI::Error& error) {
+  const auto verbs = app->get_subcommands();
+  const auto left = app->remaining();
+  std::string text = error.what();
+  if (verbs.empty() && !left.empty() && !left.front().starts_with('-')) {
+    text = "there is no verb \"" + left.front() + "\"";
+  }
+  std::erase(text, kArgumentMark);
+  return "velmora-cli: " + visible(text) + "; see velmora-cli " +
+         (verbs.empty() ? "" : verbs.front()->get_name() + " ") + "--help\n";
+}
+
+// An unset variable in a script must not mean another profile.
+CLI::Validator not_empty() {
+  return {[](const std::string& text) { return text.empty() ? "is empty" : std::string(); }, ""};
+}
+
 void add_options(CLI::App& app, Context& context) {
   context.profile = profile_without_option();
   app.add_option_function<std::string>(
          "--profile", [&context](const std::string& folder) { context.profile = unmarked(folder); },
          "The servent's profile folder")
       ->default_str(context.profile)
+      ->check(not_empty())
       ->type_name("DIR");
   app.add_flag("--json", context.json, "Print the result as JSON on standard output");
   app.add_option("--timeout", context.timeout, "The longest wait for what a verb waits for")
@@ -67,6 +87,7 @@ void add_options(CLI::App& app, Context& context) {
       ->type_name("SECONDS");
   app.set_version_flag("--version", "velmora-cli " VELMORA_VERSION);
   app.require_subcommand(0, 1);  // none is told below, in words of this program
+  app.failure_message(wrong_command_line);
   app.get_formatter()->label("SUBCOMMAND", "VERB");
   app.fallthrough();
   app.footer(

@@ -36,7 +36,7 @@ void status(Context& context) {
         [phase](const std::string& text) { return read_download_status(text, 0).phase == phase; };
   };
   const nlohmann::json out = {
-      {"version", servent.text_or("version", "")},
+      {"version", version_number(servent.text_or("version", ""))},
       {"window", servent.text("frmMain") == "true" ? "shown" : "hidden"},
       {"message_port", number_or_text(servent.text("port_config"))},
       {"upload_port", number_or_text(servent.text("upport_config"))},
@@ -58,10 +58,10 @@ void status(Context& context) {
   const auto say = [](std::string_view label, const std::string& text) {
     Context::print(visible(fmt::format("{:<13}{}", label, text)));
   };
-  const auto text = [&](const char* name) { return value_text(out[name]); };
-  say("Program", fmt::format("{} (window {})", text("version"), text("window")));
-  say("Ports",
-      fmt::format("{} for messages, {} for uploads", text("message_port"), text("upload_port")));
+  const auto text = [&](const char* name) { return shown_value(out[name]); };
+  say("Program", fmt::format("Velmora {} (window {})", text("version"), text("window")));
+  say("Ports", fmt::format("{} for messages, {} for uploads", value_text(out["message_port"]),
+                           value_text(out["upload_port"])));
   say("Connections", fmt::format("{} in, {} out", text("connections_in"), text("connections_out")));
   say("Shared", fmt::format("{} files, {} bytes", text("shared_files"), text("shared_bytes")));
   say("Results", text("results"));

@@ -101,10 +101,11 @@ void add_search_verbs(CLI::App& app, Context& context) {
           "What the names should hold")
       ->required();
   verb->add_option("--slot", given->slot, "Which of the three searches this one replaces")
-      ->check(CLI::Range(1, 3));
+      ->check(CLI::Range(1, 3).description(""))
+      ->type_name("1|2|3");
   verb->add_option("--wait", given->wait, "Seconds to wait for results")
       ->capture_default_str()
-      ->check(CLI::NonNegativeNumber)
+      ->check(not_negative())
       ->type_name("SECONDS");
   verb->add_flag("--all", given->all, "Print the results of earlier searches too");
   verb->add_flag("--clear", given->clear, "Drop the results of earlier searches first");

@@ -27,12 +27,13 @@ void print_shared(const Context& context, const nlohmann::json& out) {
     Context::print_json(out);
     return;
   }
-  for (const auto& folder : out["directories"]) Context::print(visible(value_text(folder)));
-  const auto shown = [](const nlohmann::json& value) {
-    return value.is_number_unsigned() ? shown_count(value.get<std::uint64_t>()) : value_text(value);
-  };
-  Context::print(
-      visible(fmt::format("{} files shared, {} bytes", shown(out["files"]), shown(out["bytes"]))));
+  Table table({"Row", "Directory"});
+  for (const auto& folder : out["directories"]) {
+    table.add({std::to_string(table.rows() + 1), value_text(folder)});
+  }
+  Context::print_table(table, "No directories.");
+  Context::print(visible(fmt::format("{} files shared, {} bytes", shown_value(out["files"]),
+                                     shown_value(out["bytes"]))));
 }
 
 nlohmann::json shared_now(Servent& servent) {
@@ -152,8 +153,9 @@ void add_sharing(CLI::App& app, Context& context) {
     };
   });
 
-  verb = add_verb(app, "shared", kEverydayVerbs,
-                  "Print the shared directories and how much they hold", "  velmora-cli shared");
+  verb =
+      add_verb(app, "shared", kEverydayVerbs, "Print the shared directories and how much they hold",
+               "  velmora-cli shared\n  velmora-cli shared --json");
   verb->callback([&context] {
     context.action = [&context] { print_shared(context, shared_now(context.servent())); };
   });

@@ -61,6 +61,10 @@ std::string value_text(const nlohmann::json& value) {
   return out;
 }
 
+std::string shown_value(const nlohmann::json& value) {
+  return value.is_number_unsigned() ? shown_count(value.get<std::uint64_t>()) : value_text(value);
+}
+
 nlohmann::json number_or_text(const std::string& text) {
   if (text.empty() || text.find_first_not_of("0123456789,") != std::string::npos) return text;
   return read_count(text);
@@ -71,6 +75,11 @@ bool name_matches(const std::string& pattern, const std::string& name) {
     return fnmatch(lower(pattern).c_str(), lower(name).c_str(), 0) == 0;
   }
   return lower(name).find(lower(pattern)) != std::string::npos;
+}
+
+std::string version_number(const std::string& text) {
+  constexpr std::string_view kLabel = "Version: ";
+  return text.starts_with(kLabel) ? text.substr(kLabel.size()) : text;
 }
 
 bool shows_address(std::string_view cell, std::string_view address) {

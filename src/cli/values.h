@@ -18,11 +18,17 @@ nlohmann::json value_for(std::string_view kind, const std::string& text);
 // A value that a control gave, as text; the items of a list on a line each.
 std::string value_text(const nlohmann::json& value);
 
+// The same, but a count with its thousands apart: "1,234".
+std::string shown_value(const nlohmann::json& value);
+
 // "1,234" as the number 1234; any other text as it is.
 nlohmann::json number_or_text(const std::string& text);
 
 // With "*" or "?" a pattern for the whole name; without them a part of it, capitals not minded.
 bool name_matches(const std::string& pattern, const std::string& name);
+
+// What stands behind "Version: " in the text of the control `version`.
+std::string version_number(const std::string& text);
 
 // Whether a cell shows this address: with or without a port, alone or beside a name.
 bool shows_address(std::string_view cell, std::string_view address);

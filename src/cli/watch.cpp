@@ -11,6 +11,7 @@
 #include "cli/network_verbs.h"
 #include "cli/progress.h"
 #include "cli/terminal.h"
+#include "cli/values.h"
 #include "cli/visible_text.h"
 #include "cli/watch_frame.h"
 
@@ -89,7 +90,7 @@ class Watch {
   nlohmann::json everything() {
     nlohmann::json counters = nlohmann::json::object();
     for (const std::string& name : counters_) counters[name] = servent_.text(name);
-    return {{"version", servent_.text_or("version", "")},
+    return {{"version", version_number(servent_.text_or("version", ""))},
             {"status", servent_.text("StatusBar")},
             {"hosts", list_json(servent_.list("lHosts"))["rows"]},
             {"downloads", list_json(servent_.list("ldown"))["rows"]},
@@ -99,10 +100,11 @@ class Watch {
 
   WatchState state(std::size_t width) {
     WatchState state;
-    state.title = visible(fmt::format(
-        "Velmora {}   ports {} and {}   {} files shared{}", servent_.text_or("version", ""),
-        servent_.text("port_config"), servent_.text("upport_config"),
-        servent_.text("sharenum_config"), input_ >= 0 && output_is_terminal() ? "   q ends" : ""));
+    state.title = visible(fmt::format("Velmora {}   ports {} and {}   {} files shared{}",
+                                      version_number(servent_.text_or("version", "")),
+                                      servent_.text("port_config"), servent_.text("upport_config"),
+                                      servent_.text("sharenum_config"),
+                                      input_ >= 0 && output_is_terminal() ? "   q ends" : ""));
     state.status = visible(servent_.text("StatusBar"));
     const List hosts = servent_.list("lHosts", 1, kMostRows);
     const List uploads = servent_.list("lupload", 1, kMostRows);

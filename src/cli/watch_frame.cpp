@@ -50,6 +50,15 @@ std::vector<std::size_t> shares(const std::vector<WatchSection>& sections, std::
   return given;
 }
 
+// What the sections need to tell anything; on a lower screen the counters give way.
+std::size_t least_lines(const std::vector<WatchSection>& sections) {
+  std::size_t lines = 0;
+  for (const WatchSection& section : sections) {
+    lines += std::min<std::size_t>(section.lines.size(), 2);
+  }
+  return lines;
+}
+
 void append_section(Lines& out, const Lines& lines, std::size_t space) {
   const bool cut = lines.size() > space;
   const std::size_t shown = cut && space > 0 ? space - 1 : std::min(lines.size(), space);
@@ -64,7 +73,10 @@ std::vector<std::string> watch_frame(const WatchState& state, std::size_t width,
   const Lines counters = counter_lines(state, width);
   Lines out = {state.title, state.status};
   // a blank line and a heading go with every section and with the counters
-  const std::size_t fixed = out.size() + 2 * state.sections.size() + 2 + counters.size();
+  std::size_t fixed = out.size() + 2 * state.sections.size();
+  const bool with_counters =
+      height == 0 || height >= fixed + least_lines(state.sections) + 2 + counters.size();
+  if (with_counters) fixed += 2 + counters.size();
   std::size_t room = height > fixed ? height - fixed : 0;
   if (height == 0) room = static_cast<std::size_t>(-1);
   const auto given = shares(state.sections, room);
@@ -73,9 +85,11 @@ std::vector<std::string> watch_frame(const WatchState& state, std::size_t width,
     out.push_back(state.sections[at].heading);
     append_section(out, state.sections[at].lines, given[at]);
   }
-  out.emplace_back();
-  out.emplace_back("Counters");
-  out.insert(out.end(), counters.begin(), counters.end());
+  if (with_counters) {
+    out.emplace_back();
+    out.emplace_back("Counters");
+    out.insert(out.end(), counters.begin(), counters.end());
+  }
   if (height > 0 && out.size() > height) out.resize(height);
   for (std::string& line : out) line = cut_to(line, width);
   return out;

@@ -111,6 +111,19 @@ TEST(CliWatchFrame, KeepsWithinTheScreenAndSharesIt) {
                                         "Counters",
                                         "net 12       ping 1 / 2"};
   EXPECT_EQ(watch_frame(state, 80, 15), cut);
+  const std::vector<std::string> low = {"title",
+                                        "status",
+                                        "",
+                                        "Connections (1 in, 2 out)",
+                                        "h1",
+                                        "h2",
+                                        "... 3 more",
+                                        "",
+                                        "Downloads (1)",
+                                        "d1",
+                                        "",
+                                        "Uploads (0)"};
+  EXPECT_EQ(watch_frame(state, 80, 12), low);
   for (std::size_t height = 1; height < 20; ++height) {
     EXPECT_LE(watch_frame(state, 10, height).size(), height);
   }

@@ -37,6 +37,13 @@ TEST(CliValues, ValuesAsText) {
   EXPECT_EQ(number_or_text(""), "");
 }
 
+TEST(CliValues, CountsAreShownWithTheirThousandsApart) {
+  EXPECT_EQ(shown_value(number_or_text("65,000,032")), "65,000,032");
+  EXPECT_EQ(shown_value(number_or_text("--")), "--");
+  EXPECT_EQ(version_number("Version: 0.1.0"), "0.1.0");
+  EXPECT_EQ(version_number(""), "");
+}
+
 TEST(CliValues, NamesMatchByPartOrByPattern) {
   EXPECT_TRUE(name_matches("", "port_config"));
   EXPECT_TRUE(name_matches("PORT", "upport_config"));
