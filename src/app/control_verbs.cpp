@@ -58,6 +58,7 @@ class Dispatch final : public ControlVisitor {
   void visit(MenuItem& control) override { verb_(control); }
   void visit(Window& control) override { verb_(control); }
   void visit(StatusBar& control) override { verb_(control); }
+  void visit(Progress& control) override { verb_(control); }
   void visit(ListView& control) override { verb_(control); }
 
  private:
@@ -147,7 +148,8 @@ std::string_view kind_name(Control& control) {
                  [&](Label&) { name = "label"; }, [&](ComboList&) { name = "combo list"; },
                  [&](Button&) { name = "button"; }, [&](Picture&) { name = "picture"; },
                  [&](MenuItem&) { name = "menu item"; }, [&](Window&) { name = "window"; },
-                 [&](StatusBar&) { name = "status bar"; }, [&](ListView&) { name = "list view"; }});
+                 [&](StatusBar&) { name = "status bar"; }, [&](Progress&) { name = "progress"; },
+                 [&](ListView&) { name = "list view"; }});
   return name;
 }
 
@@ -171,6 +173,7 @@ ControlValue value_of(Control& control) {
                          }
                        },
                        [&](StatusBar& bar) { value = bar.panel(1); },
+                       [&](Progress& progress) { value = progress.text(); },
                        [&](ListView&) { wrong_kind(control, "\"rows\" gives its rows"); }});
   return value;
 }

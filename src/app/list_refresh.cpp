@@ -44,6 +44,8 @@ void ListRefresh::refresh() {
   show(form_.push_stat, c.pushes_in, c.pushes_out);
   show(form_.unknown_stat, c.unknown);
   form_.lHosts.redraw();
+  if (sample_is_due_) history_.add(c, connections_.count_in(), connections_.count_out());
+  sample_is_due_ = !sample_is_due_;
   if (also) also();
 }
 

@@ -1,11 +1,13 @@
 // The `display` timer: every 500 ms the counters are written into their labels, the connected hosts
-// and active uploads are recounted, and the lists whose figures move are shown again. It runs with
-// and without a screen. The result list and the host cache are redrawn elsewhere.
+// and active uploads are recounted, the lists whose figures move are shown again, and every second
+// the traffic history takes a sample. It runs with and without a screen. The result list and the
+// host cache are redrawn elsewhere.
 #pragma once
 
 #include <functional>
 #include <memory>
 
+#include "app/traffic_history.h"
 #include "form/form.h"
 #include "net/message_connections.h"
 #include "net/traffic_counters.h"
@@ -25,10 +27,14 @@ class ListRefresh {
   void stop();
   void refresh();
 
+  [[nodiscard]] const TrafficHistory& traffic_history() const { return history_; }
+
  private:
   Form& form_;
   MessageConnections& connections_;
   const TrafficCounters& counters_;
+  TrafficHistory history_;
+  bool sample_is_due_ = false;  // at every second refresh
   std::unique_ptr<Timer> display_;
 };
 

@@ -1,7 +1,9 @@
 #include "app/servent.h"
 
+#include "app/colour_chooser.h"
 #include "app/control_socket.h"
 #include "app/control_verbs.h"
+#include "app/directory_chooser.h"
 #include "app/form_debug_log.h"
 #include "app/list_refresh.h"
 #include "app/listeners.h"
@@ -67,7 +69,6 @@ struct Servent::Parts {
       downloads.redraw();
     };
     host_cache.on_change = [this] { results.display_soon(); };
-    form.mnushow.on_click = [this] { form.frmMain.show(); };
     form.mnuexit.on_click = [this] { end_program(); };
   }
 
@@ -138,6 +139,8 @@ struct Servent::Parts {
   ListRefresh refresh{platform.loop, form, connections, counters};
   Listeners listeners{form, platform.boxes, connections, uploads};
   SmallWindowCommands small_windows{form, platform.boxes};
+  ColourChooser colour_chooser{form};
+  DirectoryChooser directory_chooser{form};
   PictureGame game{form, [this] { end_program(); }};
   ControlSocket control;
 };
@@ -150,6 +153,8 @@ Servent::Servent(Platform platform, ServentOptions options)
 Servent::~Servent() { *parts_->alive = false; }
 
 Form& Servent::form() { return parts_->form; }
+
+const TrafficHistory& Servent::traffic_history() const { return parts_->refresh.traffic_history(); }
 
 Servent::Started Servent::start() {
   Parts& p = *parts_;
@@ -171,6 +176,7 @@ Servent::Started Servent::start() {
     // The next save writes the fields as they are now; what was stored is not lost with that.
     trap(p.log, "load_settings: ", [&] { p.store.keep_copy(); });
   }
+  apply_colors(p.form);
   for (const auto& [name, value] : p.options.set) {
     set_from_text(named_control(p.form, name), value);
   }
@@ -203,14 +209,19 @@ void Servent::shutdown() {
   p.download_client.close_all();
   p.form.frmDebug.hide();
   p.form.frmUnknown.hide();
+  save();
+  p.platform.tray.remove();
+  p.control.close();
+  p.lock.reset();
+}
+
+void Servent::save() {
+  Parts& p = *parts_;
   Save_settings(p.form, p.store, p.log);
   const std::string cache_text = save_cache(p.platform.files, kCacheFile, p.host_cache);
   if (!cache_text.empty()) {
     p.platform.boxes.show(BoxIcon::critical, "Problems saving Cache list", cache_text);
   }
-  p.platform.tray.remove();
-  p.control.close();
-  p.lock.reset();
 }
 
 void Servent::request_exit() {

@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "app/traffic_history.h"
 #include "form/form.h"
 #include "platform/platform.h"
 
@@ -37,12 +38,16 @@ class Servent {
   // Runs the ordered shutdown, once; every later call does nothing.
   void shutdown();
 
+  // Writes the settings and the host cache, as the shutdown does.
+  void save();
+
   // Ends the program in the next turn: the tray menu's exit, the quit of the control socket, a
   // signal. `on_ended` is called after the shutdown.
   void request_exit();
   std::function<void()> on_ended;
 
   [[nodiscard]] Form& form();
+  [[nodiscard]] const TrafficHistory& traffic_history() const;
 
  private:
   struct Parts;

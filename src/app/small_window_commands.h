@@ -1,6 +1,6 @@
 // The small windows that show what the program noted: the debug log and the unknown descriptors,
-// opened from their labels and hidden by their buttons, and the help messages. It wires these
-// controls and keeps nothing.
+// opened from their labels and hidden by their buttons; the help messages; and what the icon in the
+// notification area asks for. It wires these controls and keeps nothing.
 #pragma once
 
 #include "form/form.h"

@@ -1,5 +1,4 @@
 // velmorad: the servent without a screen.
-#include <CLI/CLI.hpp>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -7,56 +6,23 @@
 #include <stdexcept>
 #include <string>
 #include <utility>
-#include <vector>
 
 #include "app/profile_paths.h"
+#include "app/program_arguments.h"
 #include "app/servent.h"
-#include "platform/error.h"
 #include "platform/uv/uv_platform.h"
 
 namespace {
 
-constexpr int kWrongCommandLine = 2;
-
-struct Arguments {
-  std::string profile;
-  std::string listen;
-  std::vector<std::string> set;
-  bool verbose = false;
-};
-
-std::vector<std::pair<std::string, std::string>> split(const std::vector<std::string>& set) {
-  std::vector<std::pair<std::string, std::string>> fields;
-  for (const std::string& text : set) {
-    const auto sign = text.find('=');
-    if (sign == std::string::npos) {
-      throw velmora::PlatformError(velmora::Errc::type_mismatch,
-                                   "--set needs CONTROL=VALUE, not \"" + text + "\"");
-    }
-    fields.emplace_back(text.substr(0, sign), text.substr(sign + 1));
-  }
-  return fields;
-}
-
-void make_folder(const std::string& path) {
-  try {
-    velmora::uv::UvPlatform::make_folder(path);
-  } catch (const velmora::PlatformError& error) {
-    throw velmora::PlatformError(error.code(),
-                                 "cannot make the folder " + path + ": " + error.description());
-  }
-  if (!std::filesystem::is_directory(path)) throw std::runtime_error(path + " is not a directory");
-}
-
-int run(const Arguments& arguments) {
+int run(const velmora::ProgramArguments& arguments) {
   const velmora::ProfilePaths paths = velmora::profile_paths(arguments.profile);
-  make_folder(std::filesystem::path(paths.settings).parent_path());
-  make_folder(paths.profile);
+  velmora::uv::UvPlatform::make_folder(std::filesystem::path(paths.settings).parent_path());
+  velmora::uv::UvPlatform::make_folder(paths.profile);
   velmora::uv::UvPlatform platform(paths.profile, arguments.listen);
   velmora::ServentOptions options;
   options.version = VELMORA_VERSION;
   options.settings_path = paths.settings;
-  options.set = split(arguments.set);
+  options.set = arguments.set;
   std::string last_logged;
   options.echo_log = [&](const std::string& line) {
     last_logged = line;
@@ -81,38 +47,17 @@ int run(const Arguments& arguments) {
   return EXIT_SUCCESS;
 }
 
-// An unset variable in a script must not mean the usual profile, or all addresses.
-CLI::Validator not_empty() {
-  return {[](const std::string& text) { return text.empty() ? "is empty" : std::string(); }, ""};
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
-  Arguments arguments;
-  CLI::App app{
+  velmora::ProgramArguments arguments;
+  const velmora::ProgramText text{
+      "velmorad", VELMORA_VERSION,
       "velmorad - a servent for the Gnutella 0.4 network, without a screen.\n"
       "It runs in the foreground until SIGTERM, SIGINT or SIGHUP, or \"velmora-cli quit\".\n"
       "Drive it with velmora-cli on the same profile."};
-  app.add_option("--profile", arguments.profile,
-                 "Folder for everything this servent owns (settings, lists, logs, control socket)")
-      ->check(not_empty())
-      ->type_name("DIR");
-  app.add_option("--listen", arguments.listen,
-                 "Address for both listeners and all outgoing connections; all addresses if absent")
-      ->check(not_empty())
-      ->type_name("ADDRESS");
-  app.add_option("--set", arguments.set,
-                 "Set a field after the settings are loaded, for example port_config=6400; "
-                 "may be given several times")
-      ->type_name("CONTROL=VALUE")
-      ->allow_extra_args(false);
-  app.add_flag("--verbose", arguments.verbose, "Write every debug line to standard error");
-  app.set_version_flag("--version", std::string("velmorad ") + VELMORA_VERSION);
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? EXIT_SUCCESS : kWrongCommandLine;
+  if (const auto status = velmora::read_program_arguments(argc, argv, text, arguments)) {
+    return *status;
   }
   try {
     return run(arguments);

@@ -103,6 +103,10 @@ void CheckBox::click() {
   if (enabled()) set_checked(!checked_);
 }
 
+void CheckBox::mouse_move(int x) {
+  if (on_mouse_move) on_mouse_move(x);
+}
+
 void CheckBox::accept(ControlVisitor& visitor) { visitor.visit(*this); }
 
 OptionGroup::OptionGroup(ControlRegistry& form, std::string name, Page page, std::string caption,
@@ -244,6 +248,14 @@ Window::Window(ControlRegistry& form, std::string name, std::string caption, std
   set_visible(shown);
 }
 
+void Window::show() {
+  if (shown()) {
+    changed();
+  } else {
+    set_visible(true);
+  }
+}
+
 void Window::set_text(std::string text) {
   if (text == text_) return;
   text_ = std::move(text);
@@ -268,6 +280,36 @@ void StatusBar::set_panel(std::size_t number, std::string text) {
 
 void StatusBar::accept(ControlVisitor& visitor) { visitor.visit(*this); }
 
+Progress::Progress(ControlRegistry& form, std::string name, Page page, std::string caption,
+                   std::string tooltip)
+    : Control(form, std::move(name), page, std::move(caption), std::move(tooltip)) {
+  set_visible(false);
+}
+
+void Progress::show(std::string text, std::size_t done, std::size_t total) {
+  text_ = std::move(text);
+  done_ = done;
+  total_ = total;
+  if (running()) {
+    changed();
+  } else {
+    set_visible(true);
+  }
+}
+
+void Progress::finish() {
+  text_.clear();
+  done_ = 0;
+  total_ = 0;
+  set_visible(false);
+}
+
+void Progress::accept(ControlVisitor& visitor) { visitor.visit(*this); }
+
+std::string ListSource::row_key(std::size_t row) const { return std::to_string(row); }
+
+std::optional<RowProgress> ListSource::progress(std::size_t /*row*/) const { return {}; }
+
 std::string ListSource::cell_tooltip(std::size_t row, std::size_t column) const {
   return cell(row, column);
 }
@@ -281,27 +323,51 @@ ListView::ListView(ControlRegistry& form, std::string name, Page page, std::stri
 std::string ListView::cell(std::size_t row, std::size_t column) const {
   check(row);
   if (column < 1 || column > columns_.size()) out_of_range();
-  return source_ != nullptr && row <= source_->rows() ? source_->cell(row, column) : std::string();
+  return has(row) ? source_->cell(row, column) : std::string();
 }
 
 std::string ListView::cell_tooltip(std::size_t row, std::size_t column) const {
   check(row);
   if (column < 1 || column > columns_.size()) out_of_range();
-  return source_ != nullptr && row <= source_->rows() ? source_->cell_tooltip(row, column)
-                                                      : std::string();
+  return has(row) ? source_->cell_tooltip(row, column) : std::string();
+}
+
+std::string ListView::row_key(std::size_t row) const {
+  check(row);
+  return has(row) ? source_->row_key(row) : std::string();
+}
+
+std::optional<RowProgress> ListView::progress(std::size_t row) const {
+  check(row);
+  return has(row) ? source_->progress(row) : std::nullopt;
+}
+
+std::size_t ListView::row_of(std::string_view key, std::size_t guess) const {
+  const std::size_t last = source_ == nullptr ? 0 : source_->rows();
+  if (guess >= 1 && guess <= last && source_->row_key(guess) == key) return guess;
+  for (std::size_t row = 1; row <= last; ++row) {
+    if (source_->row_key(row) == key) return row;
+  }
+  return 0;
+}
+
+std::size_t ListView::selected() const {
+  return selected_ == 0 ? 0 : row_of(selected_key_, selected_);
 }
 
 void ListView::redraw(std::size_t most) {
   shown_rows_ = source_ == nullptr ? 0 : std::min(source_->rows(), most);
+  selected_ = selected();
   if (selected_ > shown_rows_) selected_ = 0;
   ++version_;
   changed();
 }
 
 void ListView::select(std::size_t row) {
-  check(row);
-  if (row == selected_) return;
+  std::string key = row_key(row);
+  if (row == selected_ && key == selected_key_) return;
   selected_ = row;
+  selected_key_ = std::move(key);
   changed();
 }
 
@@ -311,6 +377,8 @@ void ListView::activate(std::size_t row) {
 }
 
 void ListView::accept(ControlVisitor& visitor) { visitor.visit(*this); }
+
+bool ListView::has(std::size_t row) const { return source_ != nullptr && row <= source_->rows(); }
 
 void ListView::check(std::size_t row) const {
   if (row < 1 || row > shown_rows_) out_of_range();

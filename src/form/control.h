@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -80,9 +81,13 @@ class CheckBox : public Control {
   [[nodiscard]] bool checked() const { return checked_; }
   void set_checked(bool checked);
   void click();  // toggles
+  void mouse_move(int x);
   void accept(ControlVisitor& visitor) override;
 
   Handler on_change;
+  // The hidden box that receives the notification area's messages as mouse moves hears the message
+  // number as `x`.
+  std::function<void(int x)> on_mouse_move;
 
  private:
   bool checked_;
@@ -212,7 +217,7 @@ class Window : public Control {
   Window(ControlRegistry& form, std::string name, std::string caption, std::string tooltip,
          bool shown, bool has_text = false);
   [[nodiscard]] bool shown() const { return visible(); }
-  void show() { set_visible(true); }
+  void show();  // tells the watchers even when it is shown already: it is wanted in front
   void hide() { set_visible(false); }
   [[nodiscard]] bool has_text() const { return has_text_; }
   [[nodiscard]] const std::string& text() const { return text_; }
@@ -236,28 +241,66 @@ class StatusBar : public Control {
   std::vector<std::string> texts_;
 };
 
+// How far a long work is, such as a scan: a text while it runs, and counts where they are known. It
+// is visible while it runs.
+class Progress : public Control {
+ public:
+  Progress(ControlRegistry& form, std::string name, Page page, std::string caption,
+           std::string tooltip);
+  [[nodiscard]] bool running() const { return visible(); }
+  [[nodiscard]] const std::string& text() const { return text_; }
+  [[nodiscard]] std::size_t done() const { return done_; }
+  [[nodiscard]] std::size_t total() const { return total_; }  // 0: not known
+  void show(std::string text, std::size_t done, std::size_t total);
+  void finish();
+  void accept(ControlVisitor& visitor) override;
+
+ private:
+  std::string text_;
+  std::size_t done_ = 0;
+  std::size_t total_ = 0;
+};
+
+// How far the transfer behind a row is, in bytes; running while bytes move or could move.
+struct RowProgress {
+  double done = 0;
+  double total = 0;
+  bool running = false;
+};
+
 // Where a list view finds its cells: a view over the program's array. Rows and columns count
 // from 1.
 class ListSource {
  public:
   virtual ~ListSource() = default;
+  // What the row is about: stays with its entry when rows before it come or go, so that a selection
+  // can follow it. The row's number where rows never move.
+  [[nodiscard]] virtual std::string row_key(std::size_t row) const;
+  // Nothing where rows are no transfers.
+  [[nodiscard]] virtual std::optional<RowProgress> progress(std::size_t row) const;
   [[nodiscard]] virtual std::size_t rows() const = 0;
   [[nodiscard]] virtual std::string cell(std::size_t row, std::size_t column) const = 0;
   [[nodiscard]] virtual std::string cell_tooltip(std::size_t row, std::size_t column) const;
 };
 
 // A list with columns. It holds no cells: it asks its source (not owned) when it is looked at. How
-// many rows it shows is its own and moves only by redraw().
+// many rows it shows is its own and moves only by redraw(). The selection is of an entry, not of a
+// place: it goes with its row_key() wherever the source puts it, and ends with it.
 class ListView : public Control {
  public:
   ListView(ControlRegistry& form, std::string name, Page page, std::string caption,
            std::string tooltip, std::vector<std::string> columns);
   [[nodiscard]] const std::vector<std::string>& columns() const { return columns_; }
   [[nodiscard]] std::size_t rows() const { return shown_rows_; }
-  [[nodiscard]] std::size_t selected() const { return selected_; }  // 0: none
+  [[nodiscard]] std::size_t selected() const;                       // 0: none
   [[nodiscard]] std::uint64_t version() const { return version_; }  // grows with every redraw
   [[nodiscard]] std::string cell(std::size_t row, std::size_t column) const;
   [[nodiscard]] std::string cell_tooltip(std::size_t row, std::size_t column) const;
+  [[nodiscard]] std::string row_key(std::size_t row) const;
+  [[nodiscard]] std::optional<RowProgress> progress(std::size_t row) const;
+  // Where the entry with that key stands now, 0 when it is gone; until the next redraw that may be
+  // below the rows that are shown. The guess is looked at first.
+  [[nodiscard]] std::size_t row_of(std::string_view key, std::size_t guess) const;
 
   void set_source(const ListSource* source) { source_ = source; }
   // Shows the source's rows anew, at most `most` of them.
@@ -270,11 +313,13 @@ class ListView : public Control {
 
  private:
   void check(std::size_t row) const;
+  [[nodiscard]] bool has(std::size_t row) const;  // the source may have lost a shown row
 
   std::vector<std::string> columns_;
   const ListSource* source_ = nullptr;
   std::size_t shown_rows_ = 0;
-  std::size_t selected_ = 0;
+  std::size_t selected_ = 0;  // where the selected entry stood at last
+  std::string selected_key_;
   std::uint64_t version_ = 0;
 };
 
@@ -292,6 +337,7 @@ class ControlVisitor {
   virtual void visit(MenuItem& control) = 0;
   virtual void visit(Window& control) = 0;
   virtual void visit(StatusBar& control) = 0;
+  virtual void visit(Progress& control) = 0;
   virtual void visit(ListView& control) = 0;
 };
 

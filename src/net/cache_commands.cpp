@@ -1,5 +1,6 @@
 #include "net/cache_commands.h"
 
+#include <algorithm>
 #include <string>
 
 namespace velmora {
@@ -30,6 +31,10 @@ void CacheCommands::remove_cache_Click() {
   const std::size_t selected = form_.lcache.selected();
   cache_.remove(selected == 0 ? 1 : selected);
   list_.display_cache();
+  // Several in a row can be removed one after another.
+  if (selected != 0 && form_.lcache.rows() != 0) {
+    form_.lcache.select(std::min(selected, form_.lcache.rows()));
+  }
 }
 
 void CacheCommands::add_filter() {

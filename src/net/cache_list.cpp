@@ -19,6 +19,11 @@ void CacheList::display_cache() {
       static_cast<std::size_t>(std::clamp(most, 0.0, static_cast<double>(kMaxCacheHosts))));
 }
 
+std::string CacheList::row_key(std::size_t row) const {
+  const CacheHost& host = cache_.row(row);
+  return host.address + ':' + std::to_string(unsigned_port(host.port));
+}
+
 std::string CacheList::cell(std::size_t row, std::size_t column) const {
   const CacheHost& host = cache_.row(row);
   switch (column) {

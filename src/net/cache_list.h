@@ -20,6 +20,7 @@ class CacheList : public ListSource {
   [[nodiscard]] std::size_t rows() const override { return cache_.rows(); }
   // "Hosts", "Files", "Size Kb", "Hop", "TTL", "Sock" (the connection on which the pong came).
   [[nodiscard]] std::string cell(std::size_t row, std::size_t column) const override;
+  [[nodiscard]] std::string row_key(std::size_t row) const override;
   [[nodiscard]] std::string cell_tooltip(std::size_t row, std::size_t column) const override;
 
  private:

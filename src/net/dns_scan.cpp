@@ -48,9 +48,12 @@ void DnsScan::dnsTimer_Timer() {
     if (!lookups_.server_given()) return form_.dnsStat.set_text(form_.dns_ser.tooltip());
     const std::string address = cache_.row(cursor_).address;
     show_row(address, "Waiting for DNS server...");
+    form_.dns_progress.show(fmt::format("{} of {} hosts, {}", cursor_, cache_.rows(), address),
+                            cursor_ - 1, cache_.rows());
     lookups_.ask(address, [this, address](const DnsAnswer& answer) { answered(address, answer); });
     asking_ = true;
   });
+  if (!asking_) form_.dns_progress.finish();
 }
 
 // The cursor becomes the first row from it on that is to be asked for, or one past the last row.
@@ -75,6 +78,7 @@ void DnsScan::answered(const std::string& address, const DnsAnswer& answer) {
     ++cursor_;
     dnsTimer_->set_enabled(true);
   });
+  if (!dnsTimer_->enabled()) form_.dns_progress.finish();
 }
 
 // Shows the outcome and counts it; false when it ends the scan.

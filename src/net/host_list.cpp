@@ -11,6 +11,11 @@ HostList::HostList(Form& form, const MessageConnections& connections)
 
 std::size_t HostList::rows() const { return connections_.connection_slots().upper_bound(); }
 
+std::string HostList::row_key(std::size_t row) const {
+  const ConnectionSlot& slot = connections_.connection_slots().at(row);
+  return std::to_string(row) + ' ' + slot.address + ':' + std::to_string(unsigned_port(slot.port));
+}
+
 std::string HostList::cell(std::size_t row, std::size_t column) const {
   const ConnectionSlot& slot = connections_.connection_slots().at(row);
   switch (column) {

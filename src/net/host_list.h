@@ -16,6 +16,7 @@ class HostList : public ListSource {
   // "Hosts", "Dir", "Sent/Recv/Drop", "Stat", "Lport", "Sock" (the slot's index), "Buff" (bytes
   // written but not yet sent).
   [[nodiscard]] std::string cell(std::size_t row, std::size_t column) const override;
+  [[nodiscard]] std::string row_key(std::size_t row) const override;
   [[nodiscard]] std::string cell_tooltip(std::size_t row, std::size_t column) const override;
 
  private:

@@ -19,6 +19,7 @@ class RecentQueries : public ListSource {
   void add(std::string text, std::string_view guid);
 
   [[nodiscard]] std::size_t rows() const override { return used_; }
+  [[nodiscard]] std::string row_key(std::size_t row) const override { return cell(row, 2); }
   [[nodiscard]] std::string cell(std::size_t row, std::size_t column) const override;
 
  private:

@@ -23,6 +23,14 @@ class SharedFileScan {
   // ended. An error writes "Scan_my_files: " and the description, and ends it.
   bool Scan_my_files();
 
+  // How far it is.
+  [[nodiscard]] std::size_t files_recorded() const { return listing_ ? index_ - 1 : index_; }
+  [[nodiscard]] const std::string& directory() const { return directory_; }  // the last entered
+  [[nodiscard]] std::size_t directories_done() const {
+    return listing_ ? next_directory_ - 1 : next_directory_;
+  }
+  [[nodiscard]] std::size_t directories() const { return directories_.size(); }
+
   // Bytes of all files as decimal text; empty after an error.
   [[nodiscard]] const std::string& total_text() const { return total_text_; }
   // The files found. After an error the records filled so far, the list not shrunk to them.

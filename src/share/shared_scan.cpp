@@ -1,6 +1,7 @@
 #include "share/shared_scan.h"
 
 #include <cstdint>
+#include <utility>
 
 #include "platform/number.h"
 #include "share/shared_list_file.h"
@@ -37,6 +38,7 @@ std::string SharedScan::load_saved() {
 void SharedScan::stop() {
   if (!scanning()) return;
   scan_.reset();
+  form_.scan_progress.finish();
   show_count();
   form_.scan_config.set_enabled(true);
 }
@@ -50,6 +52,7 @@ void SharedScan::start() {
 }
 
 void SharedScan::post_turn() {
+  show_progress();
   loop_.post([this, scan = std::weak_ptr<SharedFileScan>(scan_)] {
     if (!scan.expired()) turn();
   });
@@ -74,8 +77,16 @@ void SharedScan::finish() {
   show_total(total);
   const std::string error = save_shared(files_, kSharedListFile, index_);
   if (!error.empty()) form_.StatusBar.set_panel(1, error);
+  form_.scan_progress.finish();
   show_count();
   form_.scan_config.set_enabled(true);
+}
+
+void SharedScan::show_progress() {
+  const std::size_t files = scan_->files_recorded();
+  std::string text = std::to_string(files) + (files == 1 ? " file" : " files");
+  if (!scan_->directory().empty()) text += ", " + scan_->directory();
+  form_.scan_progress.show(std::move(text), scan_->directories_done(), scan_->directories());
 }
 
 void SharedScan::show_count() {

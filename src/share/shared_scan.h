@@ -31,6 +31,7 @@ class SharedScan {
   void post_turn();
   void turn();
   void finish();
+  void show_progress();
   void show_count();
   void show_total(const std::string& total);
 

@@ -19,6 +19,17 @@ std::string status_text(const UploadSlot& slot) {
 
 }  // namespace
 
+std::string UploadList::row_key(std::size_t row) const {
+  const UploadSlot& slot = slots_.at(row);
+  return std::to_string(row) + ' ' + slot.address + ' ' + slot.file_name;
+}
+
+std::optional<RowProgress> UploadList::progress(std::size_t row) const {
+  const UploadSlot& slot = slots_.at(row);
+  return RowProgress{static_cast<double>(slot.position), static_cast<double>(slot.file_size),
+                     slot.state != UploadState::none};
+}
+
 std::string UploadList::cell(std::size_t row, std::size_t column) const {
   const UploadSlot& slot = slots_.at(row);
   switch (column) {

@@ -1,6 +1,10 @@
 // The upload list as it is shown: one row per upload slot.
 #pragma once
 
+#include <cstddef>
+#include <optional>
+#include <string>
+
 #include "form/form.h"
 #include "platform/one_based.h"
 #include "share/upload_slot.h"
@@ -13,6 +17,8 @@ class UploadList : public ListSource {
 
   [[nodiscard]] std::size_t rows() const override { return slots_.upper_bound(); }
   [[nodiscard]] std::string cell(std::size_t row, std::size_t column) const override;
+  [[nodiscard]] std::string row_key(std::size_t row) const override;
+  [[nodiscard]] std::optional<RowProgress> progress(std::size_t row) const override;
   [[nodiscard]] std::string cell_tooltip(std::size_t row, std::size_t column) const override;
 
  private:

@@ -24,6 +24,18 @@ DownloadList::~DownloadList() { form_.ldown.set_source(nullptr); }
 
 void DownloadList::redraw() { form_.ldown.redraw(); }
 
+// A finished entry's place is taken by another file.
+std::string DownloadList::row_key(std::size_t row) const {
+  const DownloadRecord& record = download_list_.at(row);
+  return std::to_string(row) + ' ' + record.address + ' ' + record.full_name();
+}
+
+std::optional<RowProgress> DownloadList::progress(std::size_t row) const {
+  const DownloadRecord& record = download_list_.at(row);
+  return RowProgress{static_cast<double>(record.bytes_received),
+                     static_cast<double>(record.exact_size()), record.state >= 1};
+}
+
 std::string DownloadList::cell(std::size_t row, std::size_t column) const {
   const DownloadRecord& record = download_list_.at(row);
   switch (column) {

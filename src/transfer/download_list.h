@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 
 #include "form/form.h"
@@ -28,6 +29,8 @@ class DownloadList : public ListSource {
   // "Filename", "Size", "Status" (with the percentage while it is downloading), "Location". The
   // tool-tips tell the bytes received and what the other side said.
   [[nodiscard]] std::string cell(std::size_t row, std::size_t column) const override;
+  [[nodiscard]] std::string row_key(std::size_t row) const override;
+  [[nodiscard]] std::optional<RowProgress> progress(std::size_t row) const override;
   [[nodiscard]] std::string cell_tooltip(std::size_t row, std::size_t column) const override;
 
  private:

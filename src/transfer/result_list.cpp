@@ -27,6 +27,13 @@ void ResultList::redraw() {
   form_.lfound.redraw();
 }
 
+// Rows never move, but after a "Clear" others stand in their places.
+std::string ResultList::row_key(std::size_t row) const {
+  const search_result& result = results_.at(row);
+  return std::to_string(row) + ' ' + result.address + ':' + result.port + ' ' +
+         std::to_string(result.file_index);
+}
+
 std::string ResultList::cell(std::size_t row, std::size_t column) const {
   const search_result& result = results_.at(row);
   switch (column) {

@@ -21,6 +21,7 @@ class ResultList : public ListSource {
   [[nodiscard]] std::size_t rows() const override { return results_.upper_bound(); }
   // "Filename", "Ext", "Size", "Location", "Speed", "Freq", "BitR".
   [[nodiscard]] std::string cell(std::size_t row, std::size_t column) const override;
+  [[nodiscard]] std::string row_key(std::size_t row) const override;
   [[nodiscard]] std::string cell_tooltip(std::size_t row, std::size_t column) const override;
 
  private:

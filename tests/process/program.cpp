@@ -75,10 +75,14 @@ bool Program::read_more(int timeout_ms) {
   return out_ >= 0 || err_ >= 0;
 }
 
-bool Program::wait_for_line(const std::string& text) {
+bool Program::wait_for_line(const std::string& text) { return wait_for(text, output_); }
+
+bool Program::wait_for_error_line(const std::string& text) { return wait_for(text, errors_); }
+
+bool Program::wait_for(const std::string& text, const std::string& stream) {
   const auto found = [&] {
-    const auto at = output_.find(text);
-    return at != std::string::npos && output_.find('\n', at) != std::string::npos;
+    const auto at = stream.find(text);
+    return at != std::string::npos && stream.find('\n', at) != std::string::npos;
   };
   while (!found()) {
     if (!read_more(10'000)) return found();

@@ -33,6 +33,7 @@ class Program {
   // Reads standard output up to a line that holds the text; false when the program ended or nothing
   // came for ten seconds.
   bool wait_for_line(const std::string& text);
+  bool wait_for_error_line(const std::string& text);  // the same on standard error
   // Waits for its end (thirty seconds at most, then it is killed) and returns its exit status; -1
   // when it did not end by itself.
   int wait();
@@ -45,6 +46,7 @@ class Program {
  private:
   // Takes what the pipes hold; false when both have ended or nothing came in time.
   bool read_more(int timeout_ms);
+  bool wait_for(const std::string& text, const std::string& stream);
 
   pid_t pid_ = -1;
   int out_ = -1;

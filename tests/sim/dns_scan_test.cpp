@@ -35,11 +35,15 @@ TEST_F(DnsScanTest, NamesMarksAndDatesOneRowAStep) {
   EXPECT_EQ(cache.row(1).date_dns, kNow);
   run_step();  // the steps are 500 ms apart from the answer on
   EXPECT_EQ(status(), "Resolving IP: 2.2.2.2\rWaiting for DNS server...\rNum: 2 of 4");
+  EXPECT_EQ(form.dns_progress.text(), "2 of 4 hosts, 2.2.2.2");
+  EXPECT_EQ(form.dns_progress.done(), 1U);
+  EXPECT_EQ(form.dns_progress.total(), 4U);
   world.run_for(502);
   EXPECT_EQ(status(), "Resolving IP: 3.3.3.3\r-- No DNS record --\rNum: 3 of 4");
   world.run_for(502);
   world.run_for(502);
   EXPECT_EQ(status(), "3 IPs on the last scan. Done!");
+  EXPECT_FALSE(form.dns_progress.running());
   EXPECT_THAT(cached_names(), ElementsAre("one.example", "two.example", "??", "??"));
   EXPECT_THAT(dns.addresses_asked(), ElementsAre("1.1.1.1", "2.2.2.2", "3.3.3.3", "4.4.4.4"));
   EXPECT_EQ(dns.queries()[0].server, "10.0.0.53");
@@ -100,6 +104,7 @@ TEST_F(DnsScanTest, AnotherFailureEndsItAtItsRow) {
   form.StartDNS.click();
   world.run_for(10'000);
   EXPECT_EQ(status(), "The DNS server refused 25305");
+  EXPECT_FALSE(form.dns_progress.running());
   EXPECT_THAT(cached_names(), ElementsAre("one.example", "?"));
   EXPECT_EQ(cache.row(2).date_dns, kNever);
   form.StartDNS.click();
@@ -138,6 +143,7 @@ TEST_F(DnsScanTest, WithoutAServerNobodyIsAsked) {
   form.StartDNS.click();
   form.dns_ser.set_text("");  // before the first step
   world.run_for(10'000);
+  EXPECT_FALSE(form.dns_progress.running());
   EXPECT_EQ(status(), kAskForServer);
   EXPECT_THAT(dns.queries(), IsEmpty());
   EXPECT_THAT(cached_names(), ElementsAre("?"));

@@ -110,12 +110,17 @@ TEST_F(DownloadTest, FetchesAFileAndGivesItItsFinalName) {
             "Range: bytes=0-10\r\n\r\n");
   send(peer, {header("12"), "abcdef"});
   EXPECT_EQ(status(), "Downloading 50%");
+  const auto progress = form_.ldown.progress(1).value();
+  EXPECT_EQ(progress.done, 6);
+  EXPECT_EQ(progress.total, 12);
+  EXPECT_TRUE(progress.running);
   EXPECT_EQ(form_.ldown.cell(1, 1), "my song.mp3");
   EXPECT_EQ(form_.ldown.cell(1, 2), "12");
   EXPECT_EQ(form_.ldown.cell(1, 4), "10.0.0.2:6345");
   EXPECT_EQ(files().names("/down"), std::vector<std::string>{"my song.mp3.download"});
   send(peer, {"ghijkl and more than was promised"});
   expect_ended(peer, "Done");
+  EXPECT_FALSE(form_.ldown.progress(1)->running);
   files().crash();
   EXPECT_EQ(files().names("/down"), std::vector<std::string>{"my song.mp3"});
   EXPECT_EQ(files().content("/down/my song.mp3"), "abcdefghijkl");

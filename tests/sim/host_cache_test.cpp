@@ -195,6 +195,10 @@ TEST(HostCache, RemovesTheSelectedRowElseTheFirst) {
   rig.form().lcache.select(2);
   remove.click();
   EXPECT_THAT(rig.hosts(), ElementsAre("4.0.0.2:6346", "4.0.0.4:6346"));
+  EXPECT_EQ(rig.form().lcache.selected(), 2U) << "the next one takes its place";
+  rig.send_pong({5, 0, 0, 1}, 1);  // moves the rows before the list is shown again
+  remove.click();
+  EXPECT_THAT(rig.hosts(), ElementsAre("5.0.0.1:6347", "4.0.0.2:6346"));
   for (int i = 0; i < 3; ++i) remove.click();
   EXPECT_THAT(rig.hosts(), ElementsAre());
 }

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -34,7 +35,12 @@ class ServentRig {
  public:
   using Fields = std::vector<std::pair<std::string, std::string>>;
 
-  explicit ServentRig(const Fields& fields = {}, std::uint64_t seed = 1)
+  // Made by what `prepare` gives back, when there is one: it may put files on the host's disk first
+  // and put other parts in the place of simulated ones.
+  using Prepare = std::function<Platform(SimHost&)>;
+
+  explicit ServentRig(const Fields& fields = {}, std::uint64_t seed = 1,
+                      const Prepare& prepare = {})
       : world(seed), host(world.add_host("10.0.0.1")) {
     world.add_host("10.0.0.2");
     world.add_host("10.0.0.3");
@@ -42,7 +48,8 @@ class ServentRig {
     ServentOptions options;
     options.set = fields;
     options.echo_log = [this](const std::string& line) { log.push_back(line); };
-    servent = std::make_unique<Servent>(host.platform(), std::move(options));
+    servent =
+        std::make_unique<Servent>(prepare ? prepare(host) : host.platform(), std::move(options));
     started = servent->start();
   }
 

@@ -70,6 +70,9 @@ TEST_F(ShareScanTest, KeepsTheOldListUntilTheNewOneIsWholeAndWorksInManyTurns) {
     if (!scan.scanning()) return;
     ++turns;
     ++shown[form.sharenum_config.text()];
+    ++shown[form.scan_progress.text()];
+    EXPECT_EQ(form.scan_progress.done(), 0U);
+    EXPECT_EQ(form.scan_progress.total(), 1U);
     EXPECT_EQ(index.shared_files().upper_bound(), 3U);
     EXPECT_FALSE(form.scan_config.enabled());
     form.scan_config.click();
@@ -80,6 +83,9 @@ TEST_F(ShareScanTest, KeepsTheOldListUntilTheNewOneIsWholeAndWorksInManyTurns) {
   ASSERT_TRUE(world.run_until([this] { return !scan.scanning(); }, 1000));
   EXPECT_GE(turns, 8);
   EXPECT_EQ(shown["--"], turns);
+  EXPECT_EQ(shown["0 files"], 1);
+  EXPECT_EQ(shown["7 files, /new"], 1);
+  EXPECT_FALSE(form.scan_progress.running());
   EXPECT_EQ(form.sharenum_config.text(), "60");
   EXPECT_TRUE(form.scan_config.enabled());
 }

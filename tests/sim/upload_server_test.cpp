@@ -130,6 +130,10 @@ TEST_F(UploadServerTest, SendsAPacketOnEveryTickAndThenIsDone) {
   server.refresh();
   world.run_for(250);
   EXPECT_EQ(status(1), "Uploading 40%");
+  const auto progress = form.lupload.progress(1).value();
+  EXPECT_EQ(progress.done, 4096);
+  EXPECT_EQ(progress.total, 10'000);
+  EXPECT_TRUE(progress.running);
   EXPECT_EQ(form.lupload.cell(1, 1), "a.bin");
   EXPECT_EQ(form.lupload.cell(1, 2), "10,000");
   EXPECT_EQ(form.lupload.cell(1, 4), "10.0.0.2");
@@ -141,6 +145,7 @@ TEST_F(UploadServerTest, SendsAPacketOnEveryTickAndThenIsDone) {
   world.run_for(500);
   EXPECT_TRUE(peer->closed_by_peer());
   EXPECT_EQ(status(1), "Done");
+  EXPECT_FALSE(form.lupload.progress(1)->running);
   EXPECT_EQ(sent_to(*peer), content);
   EXPECT_THAT(write_times(), ElementsAre(0, 500, 1000, 1500));
   EXPECT_EQ(peer->reads().at(1).size(), 4096U);

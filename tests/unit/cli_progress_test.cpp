@@ -41,23 +41,7 @@ TEST(CliProgress, ReadsAStatusLeniently) {
   EXPECT_EQ(read_count("99999999999999999999999"), 9999999999999999999U);
 }
 
-TEST(CliProgress, RateCountsChangesAndFallsWhenNothingComes) {
-  RateMeter meter;
-  EXPECT_EQ(meter.rate(0), 0);
-  for (int second = 0; second <= 40; ++second) {
-    meter.add(second, second / 4 * 1000.0);  // a coarse count: one change in four seconds
-  }
-  EXPECT_DOUBLE_EQ(meter.rate(41), 250);
-  EXPECT_LT(meter.rate(400), 50);
-  meter.add(401, 10);  // begun anew
-  EXPECT_EQ(meter.rate(402), 0);
-}
-
-TEST(CliProgress, ShowsSizesTimesAndLines) {
-  EXPECT_EQ(shown_size(1023), "1023 B");
-  EXPECT_EQ(shown_size(1536 * 1024.0), "1.5 MiB");
-  EXPECT_EQ(shown_time(33.2), "0:34");
-  EXPECT_EQ(shown_time(3723), "1:02:03");
+TEST(CliProgress, ShowsCountsAndLines) {
   EXPECT_EQ(shown_count(1234567), "1,234,567");
   EXPECT_EQ(shown_count(123), "123");
   EXPECT_EQ(progress_line("a.mp3", "Downloading 50 %", 2048, 1024, 70),

@@ -83,6 +83,7 @@ TEST(Form, HasEveryControlUnderItsOwnNameOnce) {
                                           "upload_config",
                                           "upload_browse_config",
                                           "scan_config",
+                                          "scan_progress",
                                           "sharenum_config",
                                           "sharesize_config",
                                           "cachefilter_config",
@@ -115,6 +116,7 @@ TEST(Form, HasEveryControlUnderItsOwnNameOnce) {
                                           "StartDNS",
                                           "stopDNS",
                                           "dnsStat",
+                                          "dns_progress",
                                           "frmColor",
                                           "Red",
                                           "Green",
@@ -250,6 +252,7 @@ struct Rows : ListSource {
   [[nodiscard]] std::string cell(std::size_t row, std::size_t column) const override {
     return names.at(row - 1) + std::to_string(column);
   }
+  [[nodiscard]] std::string row_key(std::size_t row) const override { return names.at(row - 1); }
 };
 
 TEST(Form, ListViewMovesItsRowsOnlyByRedraw) {
@@ -272,6 +275,12 @@ TEST(Form, ListViewMovesItsRowsOnlyByRedraw) {
   EXPECT_EQ(list.selected(), 2U);
   EXPECT_EQ(error_of([&] { list.activate(3); }), Errc::subscript_out_of_range);
 
+  source.names = {"b", "a", "c"};
+  EXPECT_EQ(list.selected(), 1U) << "the selection is of the entry";
+  source.names = {"a", "c", "b"};
+  list.redraw(2);
+  EXPECT_EQ(list.selected(), 0U) << "it is shown no more";
+  list.select(1);
   source.names = {"z"};
   EXPECT_EQ(list.cell(1, 1), "z1");
   EXPECT_EQ(list.cell(2, 1), "");  // shown still, but gone from the array

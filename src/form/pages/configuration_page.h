@@ -56,6 +56,8 @@ struct ConfigurationPage {
                               "Browse for Shared path"};
   Button scan_config{form_, "scan_config", page, "Scan",
                      "Scan your files to a local list. You should Rescan if they are changed."};
+  Progress scan_progress{form_, "scan_progress", page, "Scanning",
+                         "How far the scan of the shared directories is."};
   Label sharenum_config{form_,          "sharenum_config",           page,
                         "Files shared", "How many files you share.", "0"};
   Label sharesize_config{

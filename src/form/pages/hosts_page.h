@@ -45,6 +45,8 @@ struct HostsPage {
   Button StartDNS{form_, "StartDNS", page, "Start Dns", "Find the DNS names of available hosts."};
   Button stopDNS{form_, "stopDNS", page, "Stop Dns", "Stop finding DNS names."};
   Label dnsStat{form_, "dnsStat", page, "DNS Look-up Status", "What the DNS look-up is doing."};
+  Progress dns_progress{form_, "dns_progress", page, "DNS scan",
+                        "How far the scan of available hosts is."};
 };
 
 }  // namespace velmora

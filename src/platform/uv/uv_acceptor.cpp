@@ -15,7 +15,8 @@ constexpr int kRetryMs = 100;
 }  // namespace
 
 UvAcceptor::UvAcceptor(UvLoop& loop, Descriptor listening, AcceptorEvents& events)
-    : events_(events),
+    : loop_(loop),
+      events_(events),
       listening_(std::move(listening)),
       poll_(make_handle<uv_poll_t>(this,
                                    [&](uv_poll_t* handle) {
@@ -41,6 +42,7 @@ void UvAcceptor::update() {
   check(uv_poll_start(poll_.get(), UV_READABLE, [](uv_poll_t* handle, int, int) noexcept {
     static_cast<UvAcceptor*>(handle->data)->ready();
   }));
+  loop_.work_begun();
 }
 
 void UvAcceptor::ready() {

@@ -33,6 +33,7 @@ class UvAcceptor {
   void ready();
   void postpone();
 
+  UvLoop& loop_;
   AcceptorEvents& events_;
   Descriptor listening_;  // closed after its poll handle
   Handle<uv_poll_t> poll_;

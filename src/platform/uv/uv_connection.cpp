@@ -104,6 +104,7 @@ void UvConnection::update_reading() {
       [](uv_stream_t* stream, ssize_t count, const uv_buf_t* buffer) noexcept {
         static_cast<UvConnection*>(stream->data)->read_came(count, buffer);
       });
+  network_.loop().work_begun();
 }
 
 // All that is queued must fit one read; the room beyond it shows libuv that there is no more.

@@ -39,6 +39,7 @@ UvControlClient::UvControlClient(UvLoop& loop, Descriptor connection, std::uint6
       [](uv_stream_t* stream, ssize_t count, const uv_buf_t* buffer) noexcept {
         static_cast<UvControlClient*>(stream->data)->read_came(count, buffer);
       }));
+  loop_.work_begun();
 }
 
 void UvControlClient::read_came(ssize_t count, const uv_buf_t* buffer) {

@@ -92,6 +92,7 @@ int UvDialer::connect(const sockaddr_in& address) {
                        dialer->finish(status < 0 ? nullptr : std::move(dialer->tcp_));
                      });
   if (result == 0) static_cast<void>(request.release());  // the callback owns it
+  loop_.work_begun();
   return result;
 }
 

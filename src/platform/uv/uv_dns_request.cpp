@@ -118,6 +118,7 @@ void UvDnsRequest::watch(ares_socket_t fd, bool readable, bool writable) {
     };
     check(uv_poll_start(poll.get(), (readable ? UV_READABLE : 0) | (writable ? UV_WRITABLE : 0),
                         ready));
+    loop_.work_begun();
   } catch (const std::exception&) {
     polls_.erase(fd);
     if (!answer_) answer_ = dns_failure(kDnsNoMeans);

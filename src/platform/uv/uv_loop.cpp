@@ -52,6 +52,7 @@ struct UvLoop::Parts {
   std::vector<TurnEnd*> turn_ends;
   std::uint64_t turn = 0;
   bool turn_requested = false;
+  bool work_waits = false;  // something was begun since the system was last asked
   std::unique_ptr<char[]> buffer;
   std::size_t buffer_size = 0;
   std::deque<Posted> posted;
@@ -75,6 +76,7 @@ void UvLoop::Parts::before_poll() {
   end_turn();
   ++turn;
   turn_requested = false;
+  work_waits = false;
 }
 
 void UvLoop::Parts::after_poll() {
@@ -157,13 +159,18 @@ void UvLoop::on_signal(std::function<void()> callback) {
       called();
     };
     check(uv_signal_start(handle.get(), deliver, number));
+    work_begun();
     parts_->signals.push_back(std::move(handle));
   }
 }
 
 int UvLoop::backend_descriptor() const { return uv_backend_fd(&parts_->native.loop); }
 
-int UvLoop::backend_timeout() const { return uv_backend_timeout(&parts_->native.loop); }
+int UvLoop::backend_timeout() const {
+  if (parts_->work_waits) return 0;
+  uv_update_time(&parts_->native.loop);  // it counts from when the loop last looked at the clock
+  return uv_backend_timeout(&parts_->native.loop);
+}
 
 void UvLoop::turn_once() { uv_run(native(), UV_RUN_NOWAIT); }
 
@@ -179,6 +186,8 @@ void UvLoop::request_turn() {
   parts_->turn_requested = true;
   uv_idle_start(parts_->idle.get(), [](uv_idle_t*) noexcept {});
 }
+
+void UvLoop::work_begun() { parts_->work_waits = true; }
 
 std::span<char> UvLoop::read_buffer(std::size_t least) {
   if (parts_->buffer_size < least) {

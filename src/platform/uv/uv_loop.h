@@ -43,7 +43,8 @@ class UvLoop : public EventLoop {
   void on_signal(std::function<void()> callback);
 
   // For a foreign loop that runs this one: when the descriptor becomes readable, or the time-out
-  // (milliseconds, -1 for none) has passed, turn once; turn also after calls from outside.
+  // (milliseconds from now, -1 for none) has passed, turn once. Ask for the time-out after every
+  // turn and after calls from outside; 0 means that there is work, or something to watch, at once.
   [[nodiscard]] int backend_descriptor() const;
   [[nodiscard]] int backend_timeout() const;
   void turn_once();
@@ -55,6 +56,8 @@ class UvLoop : public EventLoop {
   // Counts how often the loop has asked the system for events.
   [[nodiscard]] std::uint64_t turn() const;
   void request_turn();  // the loop does not sleep before its next turn
+  // A read, write, connect or poll was begun: the next turn sends it, or has the system watch it.
+  void work_begun();
   // One buffer for all reads, of at least this size; what it holds is valid until the next read.
   std::span<char> read_buffer(std::size_t least);
 

@@ -92,6 +92,7 @@ std::shared_ptr<UvConnection> UvNetwork::make_connection(SocketEvents* events) {
 void UvNetwork::flush_later(UvConnection& connection) {
   if (std::exchange(connection.flush_planned, true)) return;
   planned_.push_back(connection.shared_from_this());
+  loop_.work_begun();
 }
 
 void UvNetwork::on_turn_end() {

@@ -91,6 +91,7 @@ bool UvOutbox::send_waiting(Segment segment, std::size_t sent) {
         }
       });
   if (result < 0) return false;
+  loop_.work_begun();
   in_flight_ = request.release();
   return true;
 }

@@ -1,5 +1,8 @@
 #include "platform/uv/uv_platform.h"
 
+#include <filesystem>
+#include <system_error>
+
 #include "platform/uv/console_screen.h"
 #include "platform/uv/uv_control_channel.h"
 #include "platform/uv/uv_directory.h"
@@ -45,6 +48,17 @@ Platform UvPlatform::platform() {
 
 UvLoop& UvPlatform::loop() { return parts_->loop; }
 
-void UvPlatform::make_folder(const std::string& path) { make_folders(path); }
+void UvPlatform::make_folder(const std::string& path) {
+  try {
+    make_folders(path);
+  } catch (const PlatformError& error) {
+    throw PlatformError(error.code(),
+                        "cannot make the folder " + path + ": " + error.description());
+  }
+  std::error_code unreadable;
+  if (!std::filesystem::is_directory(path, unreadable)) {
+    throw PlatformError(Errc::path_not_found, path + " is not a directory");
+  }
+}
 
 }  // namespace velmora::uv

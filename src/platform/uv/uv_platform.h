@@ -22,7 +22,8 @@ class UvPlatform {
   Platform platform();
   UvLoop& loop();
 
-  // Makes a folder outside the profile and those above it, for the owner only, where missing.
+  // Makes a folder outside the profile and those above it, for the owner only, where missing. The
+  // error names the folder.
   static void make_folder(const std::string& path);
 
  private:

@@ -1,0 +1,142 @@
+#include "ui/first_steps.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSettings>
+#include <QStyle>
+#include <QToolButton>
+
+#include "ui/widgets/form_binding.h"
+
+namespace velmora::ui {
+namespace {
+
+const char* const kClosedKey = "first_steps/closed";
+constexpr int kLongestAddress = 64;
+
+}  // namespace
+
+FirstSteps::FirstSteps(FormBinding& bind, QSettings& settings, std::function<bool()> is_connected,
+                       QWidget* parent)
+    : QFrame(parent),
+      form_(bind.form()),
+      bind_(bind),
+      settings_(settings),
+      is_connected_(std::move(is_connected)),
+      closed_(settings.value(kClosedKey, false).toBool()),
+      layout_(new QVBoxLayout(this)) {
+  setFrameShape(QFrame::StyledPanel);
+  setAccessibleName(tr("First steps"));
+  layout_->setSpacing(layout_->spacing() / 2);
+  make_heading();
+  make_steps();
+  follow_form();
+}
+
+void FirstSteps::make_heading() {
+  auto* line = new QHBoxLayout;
+  auto* heading = new QLabel(tr("First steps"));
+  QFont bold = heading->font();
+  bold.setBold(true);
+  heading->setFont(bold);
+  auto* close = new QToolButton;
+  close->setIcon(style()->standardIcon(QStyle::SP_TitleBarCloseButton));
+  close->setAutoRaise(true);
+  close->setFocusPolicy(Qt::StrongFocus);
+  close->setToolTip(tr("Do not show this again"));
+  close->setAccessibleName(tr("Do not show the first steps again"));
+  connect(close, &QToolButton::clicked, this, [this] { close_for_good(); });
+  line->addWidget(heading);
+  line->addStretch();
+  line->addWidget(close);
+  layout_->addLayout(line);
+}
+
+void FirstSteps::make_steps() {
+  download_ = step_button(tr("Browse..."), tr("Browse for the folder of downloads"),
+                          form_.download_browse_config);
+  download_step_ = add_step(tr("Choose the folder that downloads go to."), {download_});
+
+  share_ =
+      step_button(tr("Browse..."), tr("Browse for a folder to share"), form_.upload_browse_config);
+  share_step_ =
+      add_step(tr("Choose a folder to share; its files can then be found by others."), {share_});
+
+  scan_ = step_button(tr("Scan"), tr("Scan the shared folders"), form_.scan_config);
+  scan_step_ = add_step(tr("Scan the shared folders, so that their files are found."), {scan_});
+
+  host_ = new QLineEdit;
+  host_->setPlaceholderText(tr("address:port"));
+  host_->setAccessibleName(tr("Address of a first host"));
+  host_->setMaxLength(kLongestAddress);
+  connect(host_, &QLineEdit::returnPressed, this, [this] { connect_to_host(); });
+  auto* connect_button = new QPushButton(tr("Connect"));
+  connect(connect_button, &QPushButton::clicked, this, [this] { connect_to_host(); });
+  host_step_ = add_step(tr("Connect to a first host; it tells of more."), {host_, connect_button});
+}
+
+QPushButton* FirstSteps::step_button(const QString& text, const QString& accessible_name,
+                                     Button& control) {
+  auto* button = new QPushButton(text);
+  button->setAccessibleName(accessible_name);
+  connect(button, &QPushButton::clicked, this,
+          [this, &control] { bind_.press([&control] { control.click(); }); });
+  return button;
+}
+
+QWidget* FirstSteps::add_step(const QString& text, const QList<QWidget*>& means) {
+  auto* step = new QWidget;
+  auto* line = new QHBoxLayout(step);
+  line->setContentsMargins(0, 0, 0, 0);
+  auto* label = new QLabel(text);
+  label->setWordWrap(true);
+  line->addWidget(label, 1);
+  for (QWidget* widget : means) line->addWidget(widget);
+  layout_->addWidget(step);
+  return step;
+}
+
+void FirstSteps::follow_form() {
+  for (Control* control :
+       std::initializer_list<Control*>{&form_.down_config, &form_.upload_config,
+                                       &form_.sharenum_config, &form_.lcache, &form_.lHosts}) {
+    bind_.follow(*control, this, [this] { show_what_is_missing(); });
+  }
+  // The button changes when a scan begins. Following it starts with a call that tells of no change.
+  bind_.follow(form_.scan_config, this, [this, following = false]() mutable {
+    scanned_ = following;
+    following = true;
+    show_what_is_missing();
+  });
+}
+
+void FirstSteps::show_what_is_missing() {
+  const bool no_share = form_.upload_config.items().empty();
+  const bool no_scan = !no_share && !scanned_ && form_.sharenum_config.text() == "0";
+  const bool no_download = form_.down_config.text().empty();
+  const bool no_host = form_.lcache.rows() == 0 && !is_connected_();
+  download_step_->setVisible(no_download);
+  share_step_->setVisible(no_share);
+  scan_step_->setVisible(no_scan);
+  host_step_->setVisible(no_host);
+  setVisible(!closed_ && (no_download || no_share || no_scan || no_host));
+}
+
+void FirstSteps::close_for_good() {
+  closed_ = true;
+  settings_.setValue(kClosedKey, true);
+  show_what_is_missing();
+}
+
+void FirstSteps::connect_to_host() {
+  const std::string address = host_->text().trimmed().toStdString();
+  if (address.empty()) {
+    host_->setFocus();
+  } else {
+    bind_.press([this, address] { form_.new_host.enter(address); });
+  }
+}
+
+}  // namespace velmora::ui
