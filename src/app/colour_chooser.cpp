@@ -2,18 +2,13 @@
 
 #include <fmt/format.h>
 
-#include <array>
 #include <string>
 
 namespace velmora {
-namespace {
 
-// In the order of their selectors, which count from 1.
 std::array<Button*, 5> colour_buttons(Form& form) {
   return {&form.form_b_sel, &form.form_f_sel, &form.but_b_sel, &form.list_b_sel, &form.list_f_sel};
 }
-
-}  // namespace
 
 void apply_colors(Form& form) {
   for (Button* button : colour_buttons(form)) {

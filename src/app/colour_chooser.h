@@ -3,11 +3,15 @@
 // wires frmColor and the buttons, and owns no control.
 #pragma once
 
+#include <array>
 #include <cstdint>
 
 #include "form/form.h"
 
 namespace velmora {
+
+// The five, in the order of their selectors, which count from 1.
+std::array<Button*, 5> colour_buttons(Form& form);
 
 // Settles the colours of the five buttons. Kept: black cannot be chosen, it stands for "never
 // chosen" as the button-face colour does.

@@ -3,13 +3,6 @@
 #include <string>
 
 namespace velmora {
-namespace {
-
-// The icon's messages.
-constexpr int kLeftButtonDown = 513;
-constexpr int kRightButtonDown = 516;
-
-}  // namespace
 
 SmallWindowCommands::SmallWindowCommands(Form& form, MessageBoxes& boxes) {
   form.s_debug.on_click = [&form] { form.frmDebug.show(); };

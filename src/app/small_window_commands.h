@@ -8,6 +8,10 @@
 
 namespace velmora {
 
+// The messages of that icon which mean something, by their numbers.
+inline constexpr int kLeftButtonDown = 513;
+inline constexpr int kRightButtonDown = 516;
+
 class SmallWindowCommands {
  public:
   SmallWindowCommands(Form& form, MessageBoxes& boxes);

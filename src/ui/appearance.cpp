@@ -11,15 +11,12 @@
 #include <QToolButton>
 #include <algorithm>
 
+#include "app/colour_chooser.h"
 #include "ui/widgets/colours.h"
 #include "ui/widgets/form_binding.h"
 
 namespace velmora::ui {
 namespace {
-
-std::array<Button*, 5> colour_buttons(Form& form) {
-  return {&form.form_b_sel, &form.form_f_sel, &form.but_b_sel, &form.list_b_sel, &form.list_f_sel};
-}
 
 // Sets a pair of roles where a colour was chosen for them. With only a back colour the text takes
 // whichever of the desktop's own colours can be read on it; with only a fore colour the back stays

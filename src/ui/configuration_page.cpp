@@ -34,12 +34,13 @@ ConfigurationPage::ConfigurationPage(Form& form, FormBinding& bind, QWidget* par
 QWidget* ConfigurationPage::make_folders() {
   auto* rows = form_rows();
   QWidget* download = bind_.line_edit(form_.down_config);
-  auto* download_line = in_line({download, bind_.button(form_.download_browse_config)});
+  QWidget* browse_download = named_by_tooltip(bind_.button(form_.download_browse_config));
+  auto* download_line = in_line({download, browse_download});
   download_line->setStretchFactor(download, 1);
   add_field(rows, bind_, form_.down_config, download_line);
 
   QWidget* shared = bind_.combo_list(form_.upload_config);
-  QWidget* browse = bind_.button(form_.upload_browse_config);
+  QWidget* browse = named_by_tooltip(bind_.button(form_.upload_browse_config));
   QWidget* scan = bind_.button(form_.scan_config);
   auto* shared_line = in_line({shared, browse, scan});
   shared_line->setStretchFactor(shared, 1);
@@ -89,8 +90,13 @@ QWidget* ConfigurationPage::make_colours() {
   auto* grid = new QGridLayout;
   const auto row = [&](int number, const QString& name, Button& back, Button* fore) {
     grid->addWidget(new QLabel(name), number, 0);
-    grid->addWidget(bind_.button(back), number, 1);
-    if (fore != nullptr) grid->addWidget(bind_.button(*fore), number, 2);
+    int column = 0;
+    for (Button* colour : {&back, fore}) {
+      if (colour == nullptr) continue;
+      QWidget* button = bind_.button(*colour);
+      button->setAccessibleName(name + ' ' + button->accessibleName());
+      grid->addWidget(button, number, ++column);
+    }
   };
   row(0, tr("Form"), form_.form_b_sel, &form_.form_f_sel);
   row(1, tr("Button"), form_.but_b_sel, nullptr);

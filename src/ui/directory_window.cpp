@@ -60,15 +60,18 @@ DirectoryWindow::DirectoryWindow(FormBinding& binding, QWidget* parent)
   path->addRow(binding.caption_label(form_.frmDir_path), binding.line_edit(form_.frmDir_path));
   trouble_->setTextFormat(Qt::PlainText);
   trouble_->setWordWrap(true);
+  QSizePolicy keeps_its_place = trouble_->sizePolicy();
+  keeps_its_place.setRetainSizeWhenHidden(true);  // it comes and goes while a path is typed
+  trouble_->setSizePolicy(keeps_its_place);
   trouble_->hide();
 
   auto* buttons = new QDialogButtonBox;
   auto* folder = buttons->addButton(tr("&New Folder"), QDialogButtonBox::ActionRole);
   folder->setAutoDefault(false);
   connect(folder, &QPushButton::clicked, this, &DirectoryWindow::make_folder);
-  FormButton* ok = binding.button(form_.frmDir_ok);
-  buttons->addButton(ok, QDialogButtonBox::ActionRole);
-  ok->setDefault(true);
+  ok_ = binding.button(form_.frmDir_ok);
+  buttons->addButton(ok_, QDialogButtonBox::ActionRole);
+  ok_->setDefault(true);
   buttons->addButton(binding.button(form_.frmDir_cancel), QDialogButtonBox::ActionRole);
 
   auto* column = new QVBoxLayout(this);
@@ -84,6 +87,7 @@ DirectoryWindow::DirectoryWindow(FormBinding& binding, QWidget* parent)
   connect(places_, &QComboBox::activated, this,
           [this](int place) { go_to(places_->itemData(place).toString()); });
   on_show = [this] { prepare(); };
+  binding.follow(form_.frmDir, this, [this] { start_somewhere(); });
   binding.follow(form_.frmDir_path, this, [this] { path_changed(); });
 }
 
@@ -91,6 +95,11 @@ void DirectoryWindow::prepare() {
   trouble_->hide();
   make_model();
   list_places();
+}
+
+// It may be open already, and now be wanted for the other purpose.
+void DirectoryWindow::start_somewhere() {
+  if (!form_.frmDir.shown()) return;
   if (form_.frmDir_path.text().empty()) {
     go_to(QDir::homePath());
   } else {
@@ -155,7 +164,11 @@ void DirectoryWindow::go_to(const QString& path) {
 void DirectoryWindow::path_changed() {
   if (model_ == nullptr || !form_.frmDir.shown()) return;
   const QString wanted = path();
-  if (!QDir::isAbsolutePath(wanted) || !QFileInfo(wanted).isDir()) return;
+  const bool is_there = QFileInfo(wanted).isDir();
+  ok_->setEnabled(is_there);
+  trouble_->setVisible(!is_there && !wanted.isEmpty());
+  if (!is_there) trouble_->setText(tr("There is no such folder."));
+  if (!is_there || !QDir::isAbsolutePath(wanted)) return;
   places_->setCurrentIndex(places_->findData(QDir::cleanPath(wanted)));
   const QModelIndex index = model_->index(wanted);
   if (!index.isValid() || index == tree_->currentIndex()) return;

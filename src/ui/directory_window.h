@@ -12,6 +12,7 @@
 class QComboBox;
 class QFileSystemModel;
 class QLabel;
+class QPushButton;
 class QTreeView;
 
 namespace velmora::ui {
@@ -29,6 +30,7 @@ class DirectoryWindow : public FormWindow {
 
  private:
   void prepare();
+  void start_somewhere();
   void list_places();
   void make_model();
   [[nodiscard]] QString path() const;
@@ -41,6 +43,7 @@ class DirectoryWindow : public FormWindow {
   QComboBox* places_;
   QTreeView* tree_;
   QLabel* trouble_;
+  QPushButton* ok_ = nullptr;
   QFileSystemModel* model_ = nullptr;
   bool arriving_ = false;   // directories above the chosen one have just been read
   bool following_ = false;  // the tree moves to the path, not the path to the tree

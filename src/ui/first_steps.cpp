@@ -7,13 +7,17 @@
 #include <QSettings>
 #include <QStyle>
 #include <QToolButton>
+#include <algorithm>
 
 #include "ui/widgets/form_binding.h"
+#include "ui/widgets/text.h"
 
 namespace velmora::ui {
 namespace {
 
 const char* const kClosedKey = "first_steps/closed";
+const char* const kConnectedKey = "first_steps/connected";
+const char* const kStatusColumn = "Stat";
 constexpr int kLongestAddress = 64;
 
 }  // namespace
@@ -26,6 +30,7 @@ FirstSteps::FirstSteps(FormBinding& bind, QSettings& settings, std::function<boo
       settings_(settings),
       is_connected_(std::move(is_connected)),
       closed_(settings.value(kClosedKey, false).toBool()),
+      connected_(settings.value(kConnectedKey, false).toBool()),
       layout_(new QVBoxLayout(this)) {
   setFrameShape(QFrame::StyledPanel);
   setAccessibleName(tr("First steps"));
@@ -74,7 +79,12 @@ void FirstSteps::make_steps() {
   connect(host_, &QLineEdit::returnPressed, this, [this] { connect_to_host(); });
   auto* connect_button = new QPushButton(tr("Connect"));
   connect(connect_button, &QPushButton::clicked, this, [this] { connect_to_host(); });
-  host_step_ = add_step(tr("Connect to a first host; it tells of more."), {host_, connect_button});
+  outcome_ = new QLabel;
+  outcome_->setTextFormat(Qt::PlainText);
+  outcome_->setAccessibleName(tr("What became of the connection"));
+  host_step_ =
+      add_step(tr("Connect to a first host; it tells of more."), {outcome_, host_, connect_button});
+  outcome_->hide();
 }
 
 QPushButton* FirstSteps::step_button(const QString& text, const QString& accessible_name,
@@ -116,12 +126,33 @@ void FirstSteps::show_what_is_missing() {
   const bool no_share = form_.upload_config.items().empty();
   const bool no_scan = !no_share && !scanned_ && form_.sharenum_config.text() == "0";
   const bool no_download = form_.down_config.text().empty();
-  const bool no_host = form_.lcache.rows() == 0 && !is_connected_();
+  // A strip that came back with every lost connection would move the page under the mouse.
+  if (!connected_ && is_connected_()) {
+    connected_ = true;
+    settings_.setValue(kConnectedKey, true);
+  }
+  const bool no_host = form_.lcache.rows() == 0 && !connected_;
   download_step_->setVisible(no_download);
   share_step_->setVisible(no_share);
   scan_step_->setVisible(no_scan);
   host_step_->setVisible(no_host);
+  show_outcome();
   setVisible(!closed_ && (no_download || no_share || no_scan || no_host));
+}
+
+// The list of connections is on another page.
+void FirstSteps::show_outcome() {
+  const std::vector<std::string>& columns = form_.lHosts.columns();
+  const auto status = std::find(columns.begin(), columns.end(), kStatusColumn);
+  if (tried_.empty() || status == columns.end()) return;
+  const auto column = static_cast<std::size_t>(status - columns.begin()) + 1;
+  for (std::size_t row = 1; row <= form_.lHosts.rows(); ++row) {
+    const std::string host = form_.lHosts.cell(row, 1);
+    if (host != tried_ && !host.starts_with(tried_ + ":")) continue;
+    outcome_->setText(form_text(form_.lHosts.cell(row, column)));
+    outcome_->show();
+    return;
+  }
 }
 
 void FirstSteps::close_for_good() {
@@ -135,6 +166,8 @@ void FirstSteps::connect_to_host() {
   if (address.empty()) {
     host_->setFocus();
   } else {
+    tried_ = address;
+    outcome_->hide();
     bind_.press([this, address] { form_.new_host.enter(address); });
   }
 }

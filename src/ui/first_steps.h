@@ -6,9 +6,11 @@
 
 #include <QFrame>
 #include <functional>
+#include <string>
 
 #include "form/form.h"
 
+class QLabel;
 class QLineEdit;
 class QPushButton;
 class QSettings;
@@ -26,6 +28,7 @@ class FirstSteps final : public QFrame {
              QWidget* parent);
 
   [[nodiscard]] QLineEdit* host_field() const { return host_; }
+  [[nodiscard]] QLabel* outcome() const { return outcome_; }
   [[nodiscard]] QPushButton* download_button() const { return download_; }
   [[nodiscard]] QPushButton* share_button() const { return share_; }
   [[nodiscard]] QPushButton* scan_button() const { return scan_; }
@@ -37,6 +40,7 @@ class FirstSteps final : public QFrame {
   QPushButton* step_button(const QString& text, const QString& accessible_name, Button& control);
   void follow_form();
   void show_what_is_missing();
+  void show_outcome();
   void close_for_good();
   void connect_to_host();
 
@@ -45,12 +49,15 @@ class FirstSteps final : public QFrame {
   QSettings& settings_;
   std::function<bool()> is_connected_;
   bool closed_ = false;
-  bool scanned_ = false;  // in this session; an empty folder is not asked about for ever
+  bool connected_ = false;  // now or at any time before
+  std::string tried_;       // the host that was last asked for here
+  bool scanned_ = false;    // in this session; an empty folder is not asked about for ever
   QVBoxLayout* layout_;
   QPushButton* download_ = nullptr;
   QPushButton* share_ = nullptr;
   QPushButton* scan_ = nullptr;
   QLineEdit* host_ = nullptr;
+  QLabel* outcome_ = nullptr;
   QWidget* download_step_ = nullptr;
   QWidget* share_step_ = nullptr;
   QWidget* scan_step_ = nullptr;

@@ -2,6 +2,7 @@
 
 #include <QCheckBox>
 #include <QCloseEvent>
+#include <QScreen>
 #include <QScrollArea>
 #include <QShortcut>
 #include <QStackedWidget>
@@ -55,7 +56,7 @@ MainWindow::MainWindow(Servent& servent, MainWindowOptions options)
   setObjectName(QString::fromStdString(form_.frmMain.name()));
   setWindowTitle(form_text(form_.frmMain.caption()));
   setWindowIcon(program_icon());
-  setMinimumSize(kSmallestSize);
+  setMinimumSize(on_screen(kSmallestSize));
 
   setCentralWidget(make_content());
   setStatusBar(bind_->status_bar(form_.StatusBar));
@@ -191,8 +192,13 @@ void MainWindow::closeEvent(QCloseEvent* event) {
   }
 }
 
+// A small screen with large letters may have less room than that.
+QSize MainWindow::on_screen(QSize wanted) const {
+  return wanted.boundedTo(screen()->availableSize());
+}
+
 void MainWindow::restore_geometry() {
-  if (!restoreGeometry(settings_.value(kGeometryKey).toByteArray())) resize(kFirstSize);
+  if (!restoreGeometry(settings_.value(kGeometryKey).toByteArray())) resize(on_screen(kFirstSize));
 }
 
 void MainWindow::save_geometry() { settings_.setValue(kGeometryKey, saveGeometry()); }

@@ -41,6 +41,7 @@ class MainWindow final : public QMainWindow {
   void make_pages();
   void add_page(QWidget* page);
   QWidget* make_content();
+  [[nodiscard]] QSize on_screen(QSize wanted) const;
   void restore_geometry();
   void save_geometry();
   void follow_form();

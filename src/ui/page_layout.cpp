@@ -57,9 +57,14 @@ QWidget* narrow(QWidget* field, int characters) {
   return field;
 }
 
+QWidget* named_by_tooltip(QWidget* button) {
+  button->setAccessibleName(button->accessibleDescription());  // the tool-tip without markup
+  return button;
+}
+
 QWidget* small_button(QWidget* button) {
   button->setMaximumWidth(button->fontMetrics().height() * 2);
-  return button;
+  return named_by_tooltip(button);
 }
 
 }  // namespace velmora::ui

@@ -32,7 +32,10 @@ QFormLayout* form_rows();
 // A field for a few digits is no wider than it needs to be.
 QWidget* narrow(QWidget* field, int characters);
 
-// A button of one character, such as "?".
+// A button whose caption others on the page have as well is told apart by its tool-tip.
+QWidget* named_by_tooltip(QWidget* button);
+
+// A button of one character, such as "?", named so too.
 QWidget* small_button(QWidget* button);
 
 }  // namespace velmora::ui

@@ -2,16 +2,10 @@
 
 #include <QCursor>
 
+#include "app/small_window_commands.h"
 #include "ui/widgets/text.h"
 
 namespace velmora::ui {
-namespace {
-
-// What the notification area's messages are called by number.
-constexpr int kLeftButtonDown = 513;
-constexpr int kRightButtonDown = 516;
-
-}  // namespace
 
 QtTray::QtTray(const QIcon& icon) : icon_(icon) {}
 

@@ -42,7 +42,15 @@ TextWindow::TextWindow(FormBinding& binding, Window& window, std::initializer_li
 
   timer_.setSingleShot(true);
   connect(&timer_, &QTimer::timeout, this, &TextWindow::show_text);
-  on_show = [this] { show_text(); };
+  connect(text_, &QPlainTextEdit::copyAvailable, this, [this](bool marked) {
+    if (!marked) show_soon();
+  });
+  on_show = [this] {
+    QTextCursor unmarked = text_->textCursor();
+    unmarked.clearSelection();
+    text_->setTextCursor(unmarked);
+    show_text();
+  };
   binding.follow(window, this, [this] { show_soon(); });
 }
 
@@ -63,6 +71,8 @@ void TextWindow::show_text() {
     QTextCursor end(text_->document());
     end.movePosition(QTextCursor::End);
     end.insertText(text.mid(shown_.size()));
+  } else if (text_->textCursor().hasSelection()) {
+    return;  // the whole text would come anew; it does when nothing is marked any more
   } else {
     text_->setPlainText(text);
   }

@@ -74,6 +74,10 @@ TEST_F(Binding, EveryWidgetIsItsControlsNameHelpAndPresence) {
     EXPECT_EQ(widget->objectName().toStdString(), control->name());
     EXPECT_EQ(widget->accessibleName().toStdString(), control->caption());
     EXPECT_EQ(widget->toolTip().isEmpty(), control->tooltip().empty());
+    const QWidget& focused = widget->focusProxy() ? *widget->focusProxy() : *widget;
+    const auto* value = dynamic_cast<const Label*>(control);
+    EXPECT_EQ(focused.accessibleDescription().toStdString(),
+              value != nullptr ? value->text() : control->tooltip());
     EXPECT_EQ(binding_->widget(*control), widget);
     const QLabel& caption = keep(binding_->caption_label(*control));
     EXPECT_EQ(caption.buddy(), widget);

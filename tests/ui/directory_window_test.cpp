@@ -59,7 +59,14 @@ TEST_F(Chooser, TreeAndPathFollowEachOther) {
   field->setText(music + "/half");
   settle();
   EXPECT_EQ(path(), music + "/half");  // what is typed stays, also where the tree cannot go
+  EXPECT_FALSE(binding_.widget(form_.frmDir_ok)->isEnabled());  // but is no choice
   EXPECT_EQ(in_tree(), folder_.filePath("video"));
+
+  form_.upload_browse_config.click();  // while it is open for the other purpose
+  settle();
+  EXPECT_EQ(path(), QDir::homePath());
+  EXPECT_EQ(in_tree(), QDir::homePath());
+  EXPECT_TRUE(binding_.widget(form_.frmDir_ok)->isEnabled());
 
   QComboBox& places = *window_.places();
   emit places.activated(places.findData(QDir::rootPath()));

@@ -53,11 +53,14 @@ class ListTableTest : public testing::Test {
     std::sort(keys.begin(), keys.end());
     return keys;
   }
-  // Opens the menu there and triggers the line with that text, in a sub-menu where it stands there.
-  void choose(QWidget* widget, const QPoint& at, const QString& text) {
+  static QMenu* menu_at(QWidget* widget, const QPoint& at) {
     QContextMenuEvent event(QContextMenuEvent::Mouse, at, widget->mapToGlobal(at));
     QApplication::sendEvent(widget, &event);
-    auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    return qobject_cast<QMenu*>(QApplication::activePopupWidget());
+  }
+  // Opens the menu there and triggers the line with that text, in a sub-menu where it stands there.
+  void choose(QWidget* widget, const QPoint& at, const QString& text) {
+    QMenu* menu = menu_at(widget, at);
     ASSERT_NE(menu, nullptr);
     QAction* found = nullptr;
     QList<QAction*> actions = menu->actions();
@@ -127,6 +130,10 @@ TEST_F(ListTableTest, DoubleClickEnterAndTheMenuDoTheSame) {
   click(2);
   choose(table_.viewport(), middle_of(2, 0), "Queue the download");
   EXPECT_EQ(activated_, "a");
+  const QPoint beside(50, table_.viewport()->height() - 5);
+  QTest::mouseClick(table_.viewport(), Qt::RightButton, {}, beside);
+  EXPECT_FALSE(menu_at(table_.viewport(), beside)->defaultAction()->isEnabled());
+  QApplication::activePopupWidget()->close();
 
   list_.view.on_activate = [](std::size_t) { throw PlatformError(Errc::subscript_out_of_range); };
   QTest::keyClick(&table_, Qt::Key_Enter);

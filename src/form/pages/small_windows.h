@@ -24,7 +24,7 @@ struct SmallWindows {
   Label Green_label{form_, "Green_label", page, "Green", "", "0"};
   Label Blue_label{form_, "Blue_label", page, "Blue", "", "0"};
   Label preview{form_, "preview", page, "Preview", "The color as it will look"};
-  Button ok{form_, "ok", page, "OK", "Use this color"};
+  Button ok{form_, "ok", page, "ok", "Use this color"};
 
   Window frmDir{form_, "frmDir", "Directory", "Choose a directory", false};
   Label frmDir_caption{form_, "frmDir.caption", page, "", ""};

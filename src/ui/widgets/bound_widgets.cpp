@@ -73,7 +73,13 @@ QCheckBox* FormBinding::check_box(CheckBox& box) {
 }
 
 OptionButtons* FormBinding::options(OptionGroup& group) {
-  return bound_options<OptionButtons>(*this, group);
+  auto* buttons = bound_options<OptionButtons>(*this, group);
+  // "2" alone says little where it is read out.
+  for (int number = group.first(); number <= group.last(); ++number) {
+    QAbstractButton* button = buttons->button(number);
+    button->setAccessibleName(buttons->accessibleName() + ' ' + button->text());
+  }
+  return buttons;
 }
 
 PageButtons* FormBinding::page_buttons(OptionGroup& group) {

@@ -43,6 +43,11 @@ void FormBinding::bind(Control& control, QWidget& widget) {
   widget.setObjectName(QString::fromStdString(control.name()));
   widget.setAccessibleName(form_text(control.caption()));
   widget.setToolTip(plain_tooltip(form_text(control.tooltip())));
+  // Where none is set, screen readers read the tool-tip out, with the markup that wraps long ones.
+  widget.setAccessibleDescription(form_text(control.tooltip()));
+  if (QWidget* inner = widget.focusProxy()) {
+    inner->setAccessibleDescription(widget.accessibleDescription());
+  }
   widgets_[&control] = &widget;
   const auto caption = captions_.find(&control);
   if (caption != captions_.end() && caption->second) caption->second->setBuddy(&widget);

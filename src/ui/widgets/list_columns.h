@@ -14,6 +14,9 @@ struct ListColumn {
 
 inline constexpr std::string_view kStatusColumn = "Status";
 
+// Behind a number, so that it does not run into the text of the next column.
+inline constexpr char16_t kNumberGap[] = u"\u00A0\u00A0";
+
 // A column that is not known is text, a little wider than its caption.
 ListColumn list_column(std::string_view caption);
 

@@ -39,7 +39,7 @@ void ListHeader::set_defaults() {
       setSectionHidden(section, false);
       moveSection(visualIndex(section), section);
       const ListColumn column = list_column(captions_[static_cast<std::size_t>(section)]);
-      resizeSection(section, std::max(column.characters * digit, sectionSizeHint(section)));
+      resizeSection(section, std::max(column.characters * digit, sectionSizeHint(section) + digit));
     }
     setSortIndicator(-1, Qt::AscendingOrder);
     first_takes_room_ = true;
@@ -101,6 +101,11 @@ void ListHeader::contextMenuEvent(QContextMenuEvent* event) {
 void ListHeader::resizeEvent(QResizeEvent* event) {
   QHeaderView::resizeEvent(event);
   give_room_to_first();
+}
+
+void ListHeader::initStyleOptionForIndex(QStyleOptionHeader* option, int section) const {
+  QHeaderView::initStyleOptionForIndex(option, section);
+  if ((option->textAlignment & Qt::AlignRight) != 0) option->text += QStringView(kNumberGap);
 }
 
 void ListHeader::section_resized(int section) {

@@ -29,6 +29,7 @@ class ListHeader : public QHeaderView {
  protected:
   void contextMenuEvent(QContextMenuEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
+  void initStyleOptionForIndex(QStyleOptionHeader* option, int section) const override;
 
  private:
   void section_resized(int section);

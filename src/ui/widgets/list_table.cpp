@@ -8,6 +8,7 @@
 #include <QMenu>
 #include <QPainter>
 #include <QScopedValueRollback>
+#include <QStyledItemDelegate>
 #include <QToolTip>
 #include <algorithm>
 #include <chrono>
@@ -36,6 +37,17 @@ QColor pale(const QPalette& palette) {
                           mixed(text.blueF(), back.blueF()));
 }
 
+class CellDelegate : public QStyledItemDelegate {
+ public:
+  using QStyledItemDelegate::QStyledItemDelegate;
+
+ protected:
+  void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override {
+    QStyledItemDelegate::initStyleOption(option, index);
+    if ((option->displayAlignment & Qt::AlignRight) != 0) option->text += QStringView(kNumberGap);
+  }
+};
+
 }  // namespace
 
 ListTable::Clock ListTable::steady_clock() {
@@ -55,6 +67,7 @@ ListTable::ListTable(ListView& list, QWidget* parent, Clock clock)
   setToolTip(plain_tooltip(form_text(list.tooltip())));
   setHorizontalHeader(header_);
   setModel(model_);
+  setItemDelegate(new CellDelegate(this));
   const auto& columns = list.columns();
   for (std::size_t at = 0; at < columns.size(); ++at) {
     if (columns[at] != kStatusColumn) continue;
@@ -282,7 +295,7 @@ void ListTable::show_choice_of_form() {
 QMenu* ListTable::make_menu() {
   auto* menu = new QMenu(this);
   menu->setAttribute(Qt::WA_DeleteOnClose);
-  const bool row = model_->list_row(currentIndex()) != 0;
+  const bool row = selectionModel()->isSelected(currentIndex());  // not beside the rows
   if (!activate_text_.isEmpty()) {
     QAction* activate = menu->addAction(activate_text_, this, &ListTable::activate_current);
     activate->setEnabled(row);

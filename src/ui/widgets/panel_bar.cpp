@@ -10,6 +10,7 @@ namespace velmora::ui {
 void ElidedLabel::set_text(const QString& text) {
   setText(text);
   setToolTip(plain_tooltip(text));
+  setAccessibleDescription(text);  // the name says which panel it is
 }
 
 QSize ElidedLabel::minimumSizeHint() const {

@@ -75,7 +75,7 @@ QString shown_lines(std::string_view bytes) {
   lines.reserve(bytes.size());
   for (std::size_t i = 0; i < bytes.size(); ++i) {
     const bool pair = bytes[i] == '\r' && i + 1 < bytes.size() && bytes[i + 1] == '\n';
-    if (!pair) lines += bytes[i];
+    if (!pair) lines += bytes[i] == '\r' ? '\n' : bytes[i];
   }
   return marked(lines, [](char32_t c) { return c == '\n' || c == '\t'; });
 }

@@ -11,7 +11,7 @@ namespace velmora::ui {
 
 // One line: control characters as symbols ("␊"), direction and zero-width characters as "\u202E".
 QString shown(std::string_view bytes);
-// The same, but line breaks and tabs stay.
+// The same, but tabs stay, and line breaks of all three kinds: CR LF, LF, CR.
 QString shown_lines(std::string_view bytes);
 
 // A text to be edited: every character as it is, so that it can go back unchanged.
