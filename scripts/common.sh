@@ -8,13 +8,15 @@ fail() {
   exit 1
 }
 
-# Installs the packages of scripts/packages.txt that are not there yet.
+# install_packages [LIST...]: installs the packages of scripts/packages.txt, or of these lists, that
+# are not there yet.
 install_packages() {
   local missing=() package
+  [ $# -gt 0 ] || set -- scripts/packages.txt
   while read -r package; do
     dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'ok installed' ||
       missing+=("$package")
-  done < <(grep -v '^#' scripts/packages.txt)
+  done < <(grep -hv '^#' "$@")
   [ ${#missing[@]} -eq 0 ] && return 0
   echo "Installing: ${missing[*]}"
   local root=()

@@ -56,7 +56,7 @@ void ColourChooser::preview() {
 }
 
 void ColourChooser::use() {
-  if (!form_.frmColor.shown()) return;
+  if (!form_.frmColor.shown() || selector_ == 0) return;
   preview();
   colour_buttons(form_).at(static_cast<std::size_t>(selector_ - 1))->set_back_colour(mixed());
   apply_colors(form_);

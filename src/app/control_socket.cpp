@@ -3,6 +3,8 @@
 #include <string>
 #include <utility>
 
+#include "platform/trap.h"
+
 namespace velmora {
 
 ControlSocket::ControlSocket(ControlRegistry& form, EventLoop& loop, ControlChannel& channel,
@@ -29,8 +31,11 @@ void ControlSocket::close() {
 }
 
 void ControlSocket::on_client_line(std::uint64_t client, std::string_view line) {
-  const std::string answer = protocol_.handle(client, line);
-  if (open_ && !answer.empty()) channel_.send_line(client, answer);
+  // An answer that finds no memory is dropped.
+  trapped({}, [&] {
+    const std::string answer = protocol_.handle(client, line);
+    if (open_ && !answer.empty()) channel_.send_line(client, answer);
+  });
 }
 
 void ControlSocket::on_client_gone(std::uint64_t client) { protocol_.forget(client); }

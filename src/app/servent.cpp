@@ -12,6 +12,7 @@
 #include "app/settings.h"
 #include "app/settings_store.h"
 #include "app/small_window_commands.h"
+#include "app/trapped_loop.h"
 #include "net/auto_connector.h"
 #include "net/cache_commands.h"
 #include "net/cache_file.h"
@@ -58,7 +59,9 @@ std::string joined(std::initializer_list<std::string> texts) {
 // The members stand in the order in which they need each other.
 struct Servent::Parts {
   Parts(Platform machine, ServentOptions wishes)
-      : platform(machine),
+      : loop(machine.loop, log),
+        platform{loop,         machine.network,  machine.files,   machine.boxes,
+                 machine.tray, machine.programs, machine.control, machine.dns},
         options(std::move(wishes)),
         store(platform.files, options.settings_path),
         control(form, platform.loop, platform.control, [this] { end_program(); }) {
@@ -76,15 +79,17 @@ struct Servent::Parts {
     if (request_exit) request_exit();
   }
 
+  Form form;
+  FormDebugLog log{form.frmDebug};
+  TrappedLoop loop;
   Platform platform;
   ServentOptions options;
   std::function<void()> request_exit;
   bool running = false;
+  bool cache_in_doubt = false;  // the file could not be read, or not all of it
   std::shared_ptr<bool> alive = std::make_shared<bool>(true);
   std::unique_ptr<ProfileLock> lock;
 
-  Form form;
-  FormDebugLog log{form.frmDebug};
   SettingsStore store;
   FilterArray cache_filter;
   TrafficCounters counters;
@@ -156,6 +161,10 @@ Form& Servent::form() { return parts_->form; }
 
 const TrafficHistory& Servent::traffic_history() const { return parts_->refresh.traffic_history(); }
 
+ServentParts Servent::parts() const {
+  return {parts_->connections, parts_->routes, parts_->downloads, parts_->uploads};
+}
+
 Servent::Started Servent::start() {
   Parts& p = *parts_;
   p.lock = p.platform.files.lock_profile();
@@ -166,6 +175,7 @@ Servent::Started Servent::start() {
   }
   p.running = true;
   const std::string cache_text = load_cache(p.platform.files, kCacheFile, p.host_cache);
+  p.cache_in_doubt = !cache_text.empty();
   p.cache_list.display_cache();
   const std::string shared_list_text = p.scan.load_saved();
 
@@ -198,30 +208,37 @@ void Servent::shutdown() {
   Parts& p = *parts_;
   if (!p.running) return;
   p.running = false;
-  p.dns_scan.stop();
-  p.dns_update.stop();
-  p.dns_lookups.cancel();
-  p.refresh.stop();
-  p.scan.stop();
-  p.auto_connector.stop();
-  p.connections.close_all();
-  p.uploads.shutdown();
-  p.download_client.close_all();
-  p.form.frmDebug.hide();
-  p.form.frmUnknown.hide();
+  // Each on its own: one that fails keeps none of the others from being done.
+  const auto step = [&](auto&& body) { trap(p.log, "shutdown: ", body); };
+  step([&] { p.dns_scan.stop(); });
+  step([&] { p.dns_update.stop(); });
+  step([&] { p.dns_lookups.cancel(); });
+  step([&] { p.refresh.stop(); });
+  step([&] { p.scan.stop(); });
+  step([&] { p.auto_connector.stop(); });
+  step([&] { p.connections.close_all(); });
+  step([&] { p.uploads.shutdown(); });
+  step([&] { p.download_client.close_all(); });
+  step([&] {
+    p.form.frmDebug.hide();
+    p.form.frmUnknown.hide();
+  });
   save();
-  p.platform.tray.remove();
-  p.control.close();
+  step([&] { p.platform.tray.remove(); });
+  step([&] { p.control.close(); });
   p.lock.reset();
 }
 
 void Servent::save() {
   Parts& p = *parts_;
   Save_settings(p.form, p.store, p.log);
-  const std::string cache_text = save_cache(p.platform.files, kCacheFile, p.host_cache);
-  if (!cache_text.empty()) {
+  trap(p.log, "shutdown: ", [&] {
+    Files& files = p.platform.files;
+    std::string cache_text = p.cache_in_doubt ? keep_cache(files, kCacheFile) : "";
+    if (cache_text.empty()) cache_text = save_cache(files, kCacheFile, p.host_cache);
+    if (cache_text.empty()) return;
     p.platform.boxes.show(BoxIcon::critical, "Problems saving Cache list", cache_text);
-  }
+  });
 }
 
 void Servent::request_exit() {

@@ -23,6 +23,19 @@ struct ServentOptions {
   std::function<void(const std::string& line)> echo_log;  // every debug line, may be empty
 };
 
+class DownloadList;
+class MessageConnections;
+class RoutingTable;
+class UploadServer;
+
+// The parts of a running servent that a checker looks at beside its form.
+struct ServentParts {
+  const MessageConnections& connections;
+  const RoutingTable& routes;
+  const DownloadList& downloads;
+  const UploadServer& uploads;
+};
+
 class Servent {
  public:
   Servent(Platform platform, ServentOptions options);
@@ -48,6 +61,7 @@ class Servent {
 
   [[nodiscard]] Form& form();
   [[nodiscard]] const TrafficHistory& traffic_history() const;
+  [[nodiscard]] ServentParts parts() const;
 
  private:
   struct Parts;

@@ -1,6 +1,7 @@
 #include "form/control.h"
 
 #include <algorithm>
+#include <exception>
 #include <utility>
 
 #include "form/control_registry.h"
@@ -357,7 +358,12 @@ std::size_t ListView::selected() const {
 
 void ListView::redraw(std::size_t most) {
   shown_rows_ = source_ == nullptr ? 0 : std::min(source_->rows(), most);
-  selected_ = selected();
+  // A redraw is part of many a change and does not fail: an entry that cannot be looked for is
+  // taken to stand where it stood.
+  try {
+    selected_ = selected();
+  } catch (const std::exception&) {
+  }
   if (selected_ > shown_rows_) selected_ = 0;
   ++version_;
   changed();

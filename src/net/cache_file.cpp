@@ -97,4 +97,14 @@ std::string load_cache(Files& files, const std::string& file_name, HostCache& ca
   });
 }
 
+std::string keep_cache(Files& files, const std::string& file_name) {
+  return trapped("save_cache: ", [&] {
+    try {
+      files.save(file_name + ".bad", files.read_whole(file_name, kMaxCacheFile));
+    } catch (const PlatformError& error) {
+      if (error.code() != Errc::path_not_found) throw;  // nothing is there to be kept
+    }
+  });
+}
+
 }  // namespace velmora

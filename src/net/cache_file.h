@@ -29,4 +29,8 @@ std::string save_cache(Files& files, const std::string& file_name, const HostCac
 // file that cannot be read leaves the cache alone.
 std::string load_cache(Files& files, const std::string& file_name, HostCache& cache);
 
+// Keeps the file as it is beside it under its name and ".bad". For a file that was not understood,
+// before it is replaced; when it cannot be kept it must not be.
+std::string keep_cache(Files& files, const std::string& file_name);
+
 }  // namespace velmora

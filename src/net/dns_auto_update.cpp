@@ -28,6 +28,7 @@ DnsAutoUpdate::DnsAutoUpdate(EventLoop& loop, DnsNames& names, DebugLog& log,
 
 void DnsAutoUpdate::start() {
   started_ = true;
+  if (!alive_) alive_ = std::make_shared<int>();
   dnsAutoT_->set_enabled(!passing_);
 }
 
@@ -35,10 +36,10 @@ void DnsAutoUpdate::stop() {
   started_ = passing_ = walking_ = walk_again_ = false;
   dnsAutoT_->set_enabled(false);
   next_walk_->set_enabled(false);
-  alive_ = std::make_shared<int>();
   asked_for_.clear();
   waiting_.clear();
   unanswered_ = 0;
+  alive_.reset();
 }
 
 void DnsAutoUpdate::dns_auto_update() {
@@ -54,12 +55,19 @@ void DnsAutoUpdate::walk() {
   array_ = 0;
   index_ = 1;
   named_ = false;
-  post_slice();
+  step([this] { post_slice(); });
+}
+
+// A step that fails ends the walk; the next one makes up for it.
+void DnsAutoUpdate::step(const std::function<void()>& body) {
+  if (trap(log_, "dns_auto_update: ", body)) return;
+  walking_ = false;
+  next_walk_->set_enabled(started_);
 }
 
 void DnsAutoUpdate::post_slice() {
   loop_.post([this, alive = std::weak_ptr<int>(alive_)] {
-    if (!alive.expired()) walk_slice();
+    if (!alive.expired()) step([this] { walk_slice(); });
   });
 }
 
@@ -125,8 +133,10 @@ void DnsAutoUpdate::ask_more() {
 
 void DnsAutoUpdate::answered(const std::string& address, const std::string& name) {
   --unanswered_;
-  asked_for_[address] = name;
-  ask_more();
+  trap(log_, "dns_auto_update: ", [&] {
+    asked_for_[address] = name;
+    ask_more();
+  });
   next_walk_->set_enabled(true);
 }
 

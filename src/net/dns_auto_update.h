@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <deque>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -37,6 +38,7 @@ class DnsAutoUpdate {
 
  private:
   void walk();
+  void step(const std::function<void()>& body);
   void post_slice();
   void walk_slice();
   void visit(NamedRecords& records, std::size_t index);

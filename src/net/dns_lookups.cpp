@@ -15,7 +15,7 @@ void DnsLookups::ask(const std::string& address, Done done) {
   if (waiting_.size() >= kMostLookupsWaiting) throw PlatformError(Errc::out_of_memory);
   waiting_.push_back({address, {}, nullptr});
   waiting_.back().done.push_back(std::move(done));
-  start_waiting();
+  start_waiting(false);
 }
 
 void DnsLookups::cancel() {
@@ -31,14 +31,20 @@ DnsLookups::Lookup* DnsLookups::find(const std::string& address) {
   return waiting != waiting_.end() ? &*waiting : nullptr;
 }
 
-void DnsLookups::start_waiting() {
+// Who asks now gets the error of a look-up that cannot be started; who has waited gets an answer.
+void DnsLookups::start_waiting(bool have_waited) {
   while (!waiting_.empty() && under_way_.size() < kMostLookupsAtOnce) {
     Lookup lookup = std::move(waiting_.front());
     waiting_.pop_front();
-    lookup.request = client_.look_up(
-        form_.dns_ser.text(), lookup.address,
-        [this, address = lookup.address](const DnsAnswer& answer) { answered(address, answer); });
-    under_way_.push_back(std::move(lookup));
+    try {
+      lookup.request = client_.look_up(
+          form_.dns_ser.text(), lookup.address,
+          [this, address = lookup.address](const DnsAnswer& answer) { answered(address, answer); });
+      under_way_.push_back(std::move(lookup));
+    } catch (const std::exception&) {
+      if (!have_waited) throw;
+      for (const Done& done : lookup.done) done({kDnsNoMeans, {}, {}});
+    }
   }
 }
 
@@ -48,7 +54,7 @@ void DnsLookups::answered(const std::string& address, const DnsAnswer& answer) {
   if (at == under_way_.end()) return;
   const Lookup lookup = std::move(*at);
   under_way_.erase(at);
-  start_waiting();
+  start_waiting(true);
   for (const Done& done : lookup.done) done(answer);
 }
 

@@ -42,7 +42,7 @@ class DnsLookups {
   };
 
   Lookup* find(const std::string& address);
-  void start_waiting();
+  void start_waiting(bool have_waited);
   void answered(const std::string& address, const DnsAnswer& answer);
 
   DnsClient& client_;

@@ -48,8 +48,11 @@ bool DnsNames::dns_resolve(const std::string& address, Resolved resolved) {
   if (!lookups_.server_given()) return false;
   return trap(log_, "dns_resolve: ", [&] {
     lookups_.ask(address, [this, address, resolved = std::move(resolved)](const DnsAnswer& answer) {
-      const std::string name = name_for(answer);
-      if (name != kNoRecordName) dns_to_cache(address, name);
+      std::string name = kNoRecordName;
+      trap(log_, "dns_resolve: ", [&] {
+        name = name_for(answer);
+        if (name != kNoRecordName) dns_to_cache(address, name);
+      });
       resolved(name);
     });
   });

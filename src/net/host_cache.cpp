@@ -34,6 +34,7 @@ void HostCache::set_cache_stat(const DescriptorHeader& header, const Pong& pong,
     // Everything that can fail to convert does so before any row moves.
     CacheHost host = host_of(header, pong, connection);
     host.date_ponged = loop_.local_time();
+    make_room();
     if (const auto known = newest_.find(host.address); known != newest_.end()) {
       CacheHost& before = places_[known->second];
       host.host_name = std::move(before.host_name);
@@ -93,10 +94,19 @@ void HostCache::replace(std::vector<CacheHost> hosts) {
 void HostCache::put_first(CacheHost host) {
   constexpr std::size_t kFewGaps = 64;
   if (places_.size() >= 2 * rows_ + kFewGaps) close_gaps();
+  make_room();
   newest_[host.address] = static_cast<Place>(places_.size());
   places_.push_back(std::move(host));
   taken_.push_back(true);
   ++rows_;
+}
+
+// For one more place, before anything moves: what comes behind it cannot fail half-way.
+void HostCache::make_room() {
+  constexpr std::size_t kFewPlaces = 64;
+  const std::size_t wanted = 2 * places_.size() + kFewPlaces;
+  if (taken_.capacity() == places_.size()) taken_.reserve(wanted);
+  if (places_.capacity() == places_.size()) places_.reserve(wanted);
 }
 
 void HostCache::drop(Place place) {

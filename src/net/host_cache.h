@@ -66,6 +66,7 @@ class HostCache : public PongIntake {
   void put_first(CacheHost host);
   void drop(Place place);
   void close_gaps();
+  void make_room();
   [[nodiscard]] Place place_of(std::size_t row) const;
   [[nodiscard]] const std::vector<Place>& by_row() const;
   void changed();

@@ -13,6 +13,9 @@ namespace {
 constexpr int kConnectTimeout_ms = 4000;
 constexpr int kTick_ms = 5000;
 constexpr int kBacklog = 200;
+constexpr int kOpeningCheck_ms = 1000;
+constexpr std::int64_t kFramingMs = 5;  // of a turn, for all connections together
+constexpr int kDescriptorsPerLook = 8;  // at the clock
 constexpr std::int16_t kSilentTicks = 5;
 
 // Kept: a handshake counts only when one read delivers it whole and alone.
@@ -28,7 +31,8 @@ MessageConnections::MessageConnections(EventLoop& loop, Network& network, Form& 
       form_(form),
       log_(log),
       counters_(counters),
-      routes_(routes) {}
+      routes_(routes),
+      opening_check_(loop.make_timer(kOpeningCheck_ms, [this] { end_old_openings(); })) {}
 
 MessageConnections::~MessageConnections() { *alive_ = false; }
 
@@ -53,8 +57,26 @@ std::size_t MessageConnections::free_index() const {
 MessageSocket& MessageConnections::load(std::size_t index) {
   elements_.grow_to(index);
   MessageSocketOwner& owner = *this;
-  elements_.at(index) = std::make_unique<MessageSocket>(owner, index, ++generations_);
-  return *elements_.at(index);
+  slots_.grow_to(index);
+  auto element = std::make_unique<MessageSocket>(owner, index, ++generations_, loop_.now_ms());
+  // Both are made here, so that closing needs no memory.
+  element->timeout_msg_t =
+      loop_.make_timer(kTick_ms, [this, index] { timeout_msg_t_Timer(index); });
+  element->free_msgsock_t =
+      loop_.make_timer(kTick_ms, [this, index] { free_msgsock_t_Timer(index); });
+  return *(elements_.at(index) = std::move(element));
+}
+
+// Runs the set-up of an element; one that fails leaves nothing behind.
+template <class SetUp>
+void MessageConnections::set_up(std::size_t index, SetUp&& body) {
+  try {
+    std::forward<SetUp>(body)();
+  } catch (...) {
+    unload(index);
+    if (slots_.has(index)) set_hosts_stat(index, {.status = "Sock freed", .state = kFreed});
+    throw;
+  }
 }
 
 void MessageConnections::unload(std::size_t index) {
@@ -64,13 +86,10 @@ void MessageConnections::unload(std::size_t index) {
 // An incoming connection needs this timer as much as an outgoing one: it ends peers that never
 // complete the handshake.
 void MessageConnections::load_timeout(std::size_t index) {
-  MessageSocket& element = *elements_.at(index);
-  element.timeout_msg_t = loop_.make_timer(kTick_ms, [this, index] { timeout_msg_t_Timer(index); });
-  element.timeout_msg_t->set_enabled(true);
+  elements_.at(index)->timeout_msg_t->set_enabled(true);
 }
 
-std::size_t MessageConnections::Connect_in_msg_socket(std::unique_ptr<Socket> pending) {
-  const std::size_t index = free_index();
+void MessageConnections::Connect_in_msg_socket(std::size_t index, std::unique_ptr<Socket> pending) {
   MessageSocket& element = load(index);
   SlotChange change;
   change.status = "accepting";
@@ -85,19 +104,18 @@ std::size_t MessageConnections::Connect_in_msg_socket(std::unique_ptr<Socket> pe
   slots_.at(index).host_name.clear();
   element.socket = std::move(pending);
   element.socket->set_events(&element);
-  return index;
 }
 
 void MessageConnections::on_accept(std::unique_ptr<Socket> pending) {
   trap(log_, "msg_Accept: ", [&] {
-    const std::size_t index = Connect_in_msg_socket(std::move(pending));
-    // Kept: tested after the accept, against the count of the last list refresh.
-    if (typed_number(form_.max_in_host.text()) <= count_in_) {
+    const std::size_t index = free_index();
+    set_up(index, [&] {
+      Connect_in_msg_socket(index, std::move(pending));
+      // Kept: tested after the accept, against the count of the last list refresh.
+      if (typed_number(form_.max_in_host.text()) > count_in_) return load_timeout(index);
       unload(index);
       set_hosts_stat(index, {.status = "Sock freed", .state = kFreed});
-      return;
-    }
-    load_timeout(index);
+    });
   });
 }
 
@@ -110,29 +128,29 @@ std::string MessageConnections::connect_out(const std::string& address, std::int
   }
   return trapped("connect_out: ", [&] {
     const std::size_t index = free_index();
-    MessageSocket& element = load(index);
-    const bool by_name = form_.connect_dns.checked() && host_name.size() > 2;
-    try {
-      element.socket = network_.connect(by_name ? host_name : address, unsigned_port(port),
-                                        kConnectTimeout_ms, element);
-    } catch (...) {
-      unload(index);
-      throw;
-    }
-    SlotChange change{.address = address,
-                      .port = port,
-                      .direction = "Out",
-                      .status = "Requesting to Connect",
-                      .state = kOpening,
-                      .reset_counts = true,
-                      .reset_ticks = true};
-    set_hosts_stat(index, change);
-    ConnectionSlot& slot = slots_.at(index);
-    slot.port = port;
-    slot.host_name = host_name;
-    slot.local_port = 0;
-    load_timeout(index);
+    set_up(index, [&] { start_connect(index, address, port, host_name); });
   });
+}
+
+void MessageConnections::start_connect(std::size_t index, const std::string& address,
+                                       std::int16_t port, const std::string& host_name) {
+  MessageSocket& element = load(index);
+  const bool by_name = form_.connect_dns.checked() && host_name.size() > 2;
+  element.socket = network_.connect(by_name ? host_name : address, unsigned_port(port),
+                                    kConnectTimeout_ms, element);
+  SlotChange change{.address = address,
+                    .port = port,
+                    .direction = "Out",
+                    .status = "Requesting to Connect",
+                    .state = kOpening,
+                    .reset_counts = true,
+                    .reset_ticks = true};
+  set_hosts_stat(index, change);
+  ConnectionSlot& slot = slots_.at(index);
+  slot.port = port;
+  slot.host_name = host_name;
+  slot.local_port = 0;
+  load_timeout(index);
 }
 
 void MessageConnections::msgwrite(std::size_t index, std::string_view data) {
@@ -167,7 +185,20 @@ void MessageConnections::set_hosts_stat(std::size_t index, const SlotChange& cha
 }
 
 void MessageConnections::note_opening_change() {
-  if (listener_) listener_->set_accepting(opening_ < kMaxOpening);
+  const bool full = opening_ >= kMaxOpening;
+  if (listener_) listener_->set_accepting(!full);
+  if (full) opening_check_->set_enabled(true);
+}
+
+// A limit of the platform, told as the end of the connection.
+void MessageConnections::end_old_openings() {
+  if (opening_ < kMaxOpening) opening_check_->set_enabled(false);
+  const std::int64_t oldest = loop_.now_ms() - kMaxOpeningMs;
+  for (std::size_t i = 1; i <= slots_.upper_bound(); ++i) {
+    if (slots_.at(i).state != kOpening || elements_.at(i)->loaded_ms > oldest) continue;
+    elements_.at(i)->socket.reset();
+    msg_Disconnect(i);
+  }
 }
 
 bool MessageConnections::connected(std::size_t index) const {
@@ -178,6 +209,14 @@ std::size_t MessageConnections::unsent(std::size_t index) const {
   if (!elements_.has(index)) return 0;
   const auto& element = elements_.at(index);
   return element && element->socket ? element->socket->unsent() : 0;
+}
+
+bool MessageConnections::loaded(std::size_t index) const {
+  return elements_.has(index) && elements_.at(index) != nullptr;
+}
+
+bool MessageConnections::stands(std::size_t index) const {
+  return loaded(index) && elements_.at(index)->socket && elements_.at(index)->socket->connected();
 }
 
 void MessageConnections::recount() {
@@ -191,12 +230,13 @@ void MessageConnections::recount() {
 
 void MessageConnections::close_all() {
   *alive_ = false;
-  alive_ = std::make_shared<bool>(true);
+  opening_check_->set_enabled(false);
   for (std::size_t i = 1; i <= slots_.upper_bound(); ++i) {
     if (slots_.at(i).state >= kOpening) routes_.clear_routes(i);
     unload(i);
   }
   listener_.reset();
+  alive_ = std::make_shared<bool>(true);
 }
 
 // ---- events of one element ----
@@ -210,10 +250,12 @@ void MessageConnections::msg_Connect(std::size_t index) {
 }
 
 void MessageConnections::msg_Timeout(std::size_t index) {
-  elements_.at(index)->timeout_msg_t.reset();
-  set_hosts_stat(index, {.status = "No response", .state = kClosing});
-  free_msg_socket(index);
-  log_.debug_log("Time-out on sock: " + std::to_string(index));
+  trap(log_, "msg_Timeout: ", [&] {
+    set_hosts_stat(index, {.status = "No response", .state = kClosing});
+    free_msg_socket(index);
+    elements_.at(index)->timeout_msg_t.reset();
+    log_.debug_log("Time-out on sock: " + std::to_string(index));
+  });
 }
 
 void MessageConnections::msg_Disconnect(std::size_t index) {
@@ -236,7 +278,7 @@ void MessageConnections::connection_stands(std::size_t index, const char* way) {
 }
 
 void MessageConnections::msg_Read(std::size_t index, std::string_view data) {
-  trap(log_, "msg_Read: ", [&] {
+  const bool good = trap(log_, "msg_Read: ", [&] {
     MessageSocket& element = *elements_.at(index);
     counters_.bytes_received += static_cast<double>(data.size());
     if (data == kHello) {
@@ -258,38 +300,106 @@ void MessageConnections::msg_Read(std::size_t index, std::string_view data) {
       hand_over(index, data, true);
     }
   });
+  if (!good) drop_rest(index);
 }
 
-// The framing handles some descriptors a turn; while a rest waits, nothing more is read from this
-// connection, so that the rest stays the only one.
+// The framing handles some descriptors of a chunk at a time, and all chunks together get a few
+// milliseconds of a turn; what is left waits in line. While it does, nothing more is read from its
+// connection, so that it stays the only one.
 void MessageConnections::hand_over(std::size_t index, std::string_view data, bool first) {
   const std::uint64_t generation = elements_.at(index)->generation;
-  const std::size_t done = framing_->Format_in_data(data, index, first);
+  const bool must_wait = spent_ms_ >= kFramingMs && !elements_.at(index)->in_line;
+  const std::size_t done = must_wait ? 0 : cut(index, data, first);
   const auto& element = elements_.at(index);
   if (!element || element->generation != generation || !element->socket) return;
-  if (done >= data.size()) {
+  if (!must_wait && done >= data.size()) {
     std::string().swap(element->rest);  // a large chunk's memory does not stay with the slot
-    element->rest_done = 0;
-    if (!first) element->socket->set_reading(true);
+    if (element->in_line) element->socket->set_reading(true);
+    element->in_line = false;
     return;
   }
-  if (first) {
-    element->rest.assign(data.substr(done));
-    element->socket->set_reading(false);
-  } else {
+  if (element->in_line) {
     element->rest_done += done;
+  } else {
+    keep_rest(*element, data.substr(done));
+    element->in_line = true;
+    element->rest_done = 0;
+    element->socket->set_reading(false);
   }
-  loop_.post([this, index, generation, alive = alive_] {
-    if (*alive) continue_chunk(index, generation);
-  });
+  element->rest_begun = !must_wait;
+  line_.push_back({index, generation});
+  plan_line();
 }
 
-void MessageConnections::continue_chunk(std::size_t index, std::uint64_t generation) {
-  trap(log_, "msg_Read: ", [&] {
-    const auto& element = elements_.at(index);
-    if (!element || element->generation != generation || element->rest.empty()) return;
-    hand_over(index, std::string_view(element->rest).substr(element->rest_done), false);
+// What the framing takes is counted against this turn; a continuation runs in the next one.
+std::size_t MessageConnections::cut(std::size_t index, std::string_view data, bool first) {
+  static_assert(kDescriptorsPerTurn % kDescriptorsPerLook == 0);
+  std::size_t done = 0;
+  int left = kDescriptorsPerTurn;
+  do {
+    const std::int64_t before_ms = loop_.now_ms();
+    done += framing_->Format_in_data(data.substr(done), index, first, kDescriptorsPerLook);
+    const std::int64_t took_ms = loop_.now_ms() - before_ms;
+    if (took_ms > 0 && spent_ms_ == 0) {
+      loop_.post([this, alive = alive_] {
+        if (*alive) spent_ms_ = 0;
+      });
+    }
+    spent_ms_ += took_ms;
+    first = false;
+    left -= kDescriptorsPerLook;
+  } while (done < data.size() && left > 0 && spent_ms_ < kFramingMs);
+  return done;
+}
+
+void MessageConnections::keep_rest(MessageSocket& element, std::string_view rest) const {
+  std::size_t waiting = rest.size();
+  for (const auto& other : elements_) waiting += other ? other->rest.size() : 0;
+  if (waiting > kMaxWaitingBytes) throw PlatformError(Errc::no_buffer_space);
+  element.rest.assign(rest);
+}
+
+void MessageConnections::plan_line() {
+  if (line_planned_) return;
+  loop_.post([this, alive = alive_] {
+    if (*alive) serve_line();
   });
+  line_planned_ = true;
+}
+
+// One at least, so that the line moves however busy the turn was; those not done go to its end.
+void MessageConnections::serve_line() {
+  line_planned_ = false;
+  bool served = false;
+  for (std::size_t left = line_.size(); left > 0 && !(served && spent_ms_ >= kFramingMs); --left) {
+    const Waiting next = line_.front();
+    line_.pop_front();
+    served = continue_chunk(next.index, next.generation) || served;
+  }
+  if (line_.empty() || trap(log_, "msg_Read: ", [&] { plan_line(); })) return;
+  for (const Waiting& waiting : line_) drop_rest(waiting.index);
+  line_.clear();
+}
+
+bool MessageConnections::continue_chunk(std::size_t index, std::uint64_t generation) {
+  const auto& element = elements_.at(index);
+  if (!element || element->generation != generation || element->rest.empty()) return false;
+  const bool good = trap(log_, "msg_Read: ", [&] {
+    hand_over(index, std::string_view(element->rest).substr(element->rest_done),
+              !element->rest_begun);
+  });
+  if (!good) drop_rest(index);
+  return true;
+}
+
+// What could not be gone on with is lost, and the connection reads on.
+void MessageConnections::drop_rest(std::size_t index) {
+  const auto& element = elements_.at(index);
+  if (!element || !element->socket || !element->in_line) return;
+  std::string().swap(element->rest);
+  element->rest_done = 0;
+  element->in_line = false;
+  element->socket->set_reading(true);
 }
 
 void MessageConnections::timeout_msg_t_Timer(std::size_t index) {
@@ -313,12 +423,8 @@ void MessageConnections::free_msg_socket(std::size_t index) {
   routes_.clear_routes(index);
   const auto& element = elements_.at(index);
   if (!element) return;
-  element->rest.clear();
-  element->rest_done = 0;
-  if (element->free_msgsock_t) return;
-  element->free_msgsock_t =
-      loop_.make_timer(kTick_ms, [this, index] { free_msgsock_t_Timer(index); });
-  element->free_msgsock_t->set_enabled(true);
+  element->rest.clear();                       // what waits in line is found to be gone
+  element->free_msgsock_t->set_enabled(true);  // one that is on goes on
 }
 
 void MessageConnections::free_msgsock_t_Timer(std::size_t index) {

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <memory>
 #include <string>
@@ -25,6 +26,11 @@ namespace velmora {
 
 // At most so many connections may be opening at a time; further ones wait to be accepted.
 inline constexpr std::size_t kMaxOpening = 200;
+// While so many are opening, those that have been at it for longer than this are let go of; a peer
+// that sends a byte now and then would otherwise stay in the way for ever.
+inline constexpr std::int64_t kMaxOpeningMs = 10'000;
+// Received bytes that wait for their turn, on all connections together.
+inline constexpr std::size_t kMaxWaitingBytes = std::size_t{32} << 20;
 // Slot indexes are 16-bit numbers.
 inline constexpr std::size_t kMaxConnections = 32767;
 
@@ -65,6 +71,9 @@ class MessageConnections : public ListenerEvents, private MessageSocketOwner {
   // Whether descriptors flow on it; index 0 and others out of range are not connected.
   [[nodiscard]] bool connected(std::size_t index) const;
   [[nodiscard]] std::size_t unsent(std::size_t index) const;
+  // Whether there is an element, and whether its socket's connection stands.
+  [[nodiscard]] bool loaded(std::size_t index) const;
+  [[nodiscard]] bool stands(std::size_t index) const;
 
   // Recounts count_in and count_out; the list refresh calls it. The inbound limit is tested
   // against the last refresh, so a burst can pass it.
@@ -79,12 +88,17 @@ class MessageConnections : public ListenerEvents, private MessageSocketOwner {
 
  private:
   std::size_t free_index() const;
-  std::size_t Connect_in_msg_socket(std::unique_ptr<Socket> pending);
+  void Connect_in_msg_socket(std::size_t index, std::unique_ptr<Socket> pending);
+  void start_connect(std::size_t index, const std::string& address, std::int16_t port,
+                     const std::string& host_name);
   MessageSocket& load(std::size_t index);
+  template <class SetUp>
+  void set_up(std::size_t index, SetUp&& body);
   void unload(std::size_t index);
   void load_timeout(std::size_t index);
   void connection_stands(std::size_t index, const char* way);
   void note_opening_change();
+  void end_old_openings();
 
   // Events of element `index`.
   void msg_Connect(std::size_t index) override;
@@ -95,7 +109,18 @@ class MessageConnections : public ListenerEvents, private MessageSocketOwner {
   void free_msgsock_t_Timer(std::size_t index);
 
   void hand_over(std::size_t index, std::string_view data, bool first);
-  void continue_chunk(std::size_t index, std::uint64_t generation);
+  std::size_t cut(std::size_t index, std::string_view data, bool first);
+  void keep_rest(MessageSocket& element, std::string_view rest) const;
+  void plan_line();
+  void serve_line();
+  bool continue_chunk(std::size_t index, std::uint64_t generation);
+  void drop_rest(std::size_t index);
+
+  // A connection with a chunk that is not done.
+  struct Waiting {
+    std::size_t index;
+    std::uint64_t generation;
+  };
 
   EventLoop& loop_;
   Network& network_;
@@ -108,7 +133,11 @@ class MessageConnections : public ListenerEvents, private MessageSocketOwner {
   OneBased<ConnectionSlot> slots_{kMaxConnections};
   OneBased<std::unique_ptr<MessageSocket>> elements_{kMaxConnections};
   std::uint64_t generations_ = 0;
+  std::deque<Waiting> line_;
+  bool line_planned_ = false;
+  std::int64_t spent_ms_ = 0;  // by the framing in this turn
   std::size_t opening_ = 0;
+  std::unique_ptr<Timer> opening_check_;  // on since there were too many
   std::int16_t count_in_ = 0;
   std::int16_t count_out_ = 0;
   // Continuations outlive nothing: they look here whether the connections still exist.

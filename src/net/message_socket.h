@@ -27,8 +27,9 @@ class MessageSocketOwner {
 class MessageSocket : public SocketEvents {
  public:
   // The generation tells a continuation that comes back whether the index was loaded anew since.
-  MessageSocket(MessageSocketOwner& owner, std::size_t index, std::uint64_t number)
-      : generation(number), owner_(owner), index_(index) {}
+  MessageSocket(MessageSocketOwner& owner, std::size_t index, std::uint64_t number,
+                std::int64_t now_ms)
+      : generation(number), loaded_ms(now_ms), owner_(owner), index_(index) {}
 
   void on_connect() override { owner_.msg_Connect(index_); }
   void on_connect_failed() override { owner_.msg_Timeout(index_); }
@@ -36,12 +37,15 @@ class MessageSocket : public SocketEvents {
   void on_disconnect() override { owner_.msg_Disconnect(index_); }
 
   const std::uint64_t generation;
+  const std::int64_t loaded_ms;
   std::unique_ptr<Socket> socket;
   std::unique_ptr<Timer> timeout_msg_t;
   std::unique_ptr<Timer> free_msgsock_t;
   // The rest of a chunk with more descriptors than one turn handles, and how far it is done.
   std::string rest;
   std::size_t rest_done = 0;
+  bool rest_begun = false;  // some of the chunk was handled
+  bool in_line = false;     // and nothing more is read meanwhile
 
  private:
   MessageSocketOwner& owner_;

@@ -23,4 +23,26 @@ std::string description_of_current_error() {
   }
 }
 
+std::string text_of_current_error(std::string_view prefix) noexcept {
+  try {
+    return std::string(prefix) + description_of_current_error();
+  } catch (const std::exception&) {
+    return "Out of memory";  // short enough to need none
+  }
+}
+
+void log_current_error(DebugLog& log, std::string_view prefix) noexcept {
+  try {
+    log_error(log, prefix, description_of_current_error());
+  } catch (const std::exception&) {  // there is nobody left to tell
+  }
+}
+
+void log_error(DebugLog& log, std::string_view prefix, std::string_view description) noexcept {
+  try {
+    log.debug_log(std::string(prefix).append(description));
+  } catch (const std::exception&) {  // there is nobody left to tell
+  }
+}
+
 }  // namespace velmora

@@ -13,6 +13,13 @@ namespace velmora {
 
 // The description of the exception being handled; call only inside a catch block.
 std::string description_of_current_error();
+// With a prefix before it; without one when there is no memory for that.
+std::string text_of_current_error(std::string_view prefix) noexcept;
+
+// Writes the line of the error being handled. One that finds no memory for itself is not written:
+// an error must not end the program because it cannot be told.
+void log_current_error(DebugLog& log, std::string_view prefix) noexcept;
+void log_error(DebugLog& log, std::string_view prefix, std::string_view description) noexcept;
 
 // Runs the body. Returns "" on success, else the prefix followed by the error's description.
 template <class Body>
@@ -21,16 +28,20 @@ std::string trapped(std::string_view prefix, Body&& body) {
     std::forward<Body>(body)();
     return {};
   } catch (const std::exception&) {
-    return std::string(prefix) + description_of_current_error();
+    return text_of_current_error(prefix);
   }
 }
 
 // The same, writing the text as one debug line. Returns true on success.
 template <class Body>
 bool trap(DebugLog& log, std::string_view prefix, Body&& body) {
-  const std::string text = trapped(prefix, std::forward<Body>(body));
-  if (!text.empty()) log.debug_log(text);
-  return text.empty();
+  try {
+    std::forward<Body>(body)();
+    return true;
+  } catch (const std::exception&) {
+    log_current_error(log, prefix);
+    return false;
+  }
 }
 
 }  // namespace velmora

@@ -7,13 +7,14 @@
 
 namespace velmora {
 
-std::size_t Framing::Format_in_data(std::string_view data, std::size_t connection, bool first) {
+std::size_t Framing::Format_in_data(std::string_view data, std::size_t connection, bool first,
+                                    int most) {
   std::size_t done = 0;
   const bool good = trap(log_, "Format_in_data: ", [&] {
     if (first && data.size() < kHeaderSize) {
       log_.debug_log("Format_in_data: data < 23 bytes, dropping");
     }
-    for (int i = 0; i < kDescriptorsPerTurn && data.size() - done >= kHeaderSize; ++i) {
+    for (int i = 0; i < most && data.size() - done >= kHeaderSize; ++i) {
       const std::string_view rest = data.substr(done);
       handlers_.count_received(connection);
       const DescriptorHeader header = str_to_header(rest.substr(0, kHeaderSize), log_);

@@ -36,9 +36,10 @@ class Framing {
  public:
   Framing(DescriptorHandlers& handlers, DebugLog& log) : handlers_(handlers), log_(log) {}
 
-  // Handles at most kDescriptorsPerTurn descriptors of the chunk. Returns how many bytes of it are
+  // Handles at most so many descriptors of the chunk. Returns how many bytes of it are
   // done with: all of them, or fewer when the rest is to be offered again with `first` false.
-  std::size_t Format_in_data(std::string_view data, std::size_t connection, bool first = true);
+  std::size_t Format_in_data(std::string_view data, std::size_t connection, bool first = true,
+                             int most = kDescriptorsPerTurn);
 
  private:
   void dispatch(const DescriptorHeader& header, std::string_view data, std::size_t connection);

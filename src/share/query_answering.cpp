@@ -8,13 +8,13 @@
 
 namespace velmora {
 
-std::vector<SearchText> search_words(std::string search_text) {
+std::vector<std::string> search_words(std::string search_text) {
   search_text += ' ';
-  std::vector<SearchText> words;
+  std::vector<std::string> words;
   for (std::size_t start = 0; start + 1 < search_text.size();) {
     if (words.size() == kMaxSearchWords) throw PlatformError(Errc::subscript_out_of_range);
     const std::size_t space = search_text.find(' ', start);
-    words.emplace_back(std::string_view(search_text).substr(start, space - start));
+    words.push_back(upper_cased(std::string_view(search_text).substr(start, space - start)));
     start = space + 1;
   }
   return words;
@@ -27,23 +27,13 @@ QueryAnswering::QueryAnswering(const SharedIndex& index, const Form& form, Reply
 void QueryAnswering::send_query_reply(std::string search_text, std::string_view query_guid,
                                       std::size_t connection) {
   trap(log_, "Error: send_query_reply: ", [&] {
-    const auto file_numbers = matching_files(search_words(std::move(search_text)));
+    const double limit = val(form_.query_config.text());
+    const auto words = search_words(std::move(search_text));
+    const auto file_numbers = index_.names().find(words, limit).names;
     if (file_numbers.empty()) return;
     replies_.send_reply(connection, descriptor(query_guid, query_hit(file_numbers)));
     replies_.count_query_hit_sent();
   });
-}
-
-// The limit is tested after every file, so that a limit of 0 still lets the first one answer.
-std::vector<std::size_t> QueryAnswering::matching_files(
-    const std::vector<SearchText>& words) const {
-  const double limit = val(form_.query_config.text());
-  std::vector<std::size_t> hits;
-  for (std::size_t file = 1; file <= index_.shared_files().upper_bound(); ++file) {
-    if (index_.matches(file, words)) hits.push_back(file);
-    if (limit <= static_cast<double>(hits.size())) break;
-  }
-  return hits;
 }
 
 std::string QueryAnswering::query_hit(const std::vector<std::size_t>& file_numbers) const {

@@ -17,9 +17,9 @@ namespace velmora {
 
 inline constexpr std::size_t kMaxSearchWords = 10;
 
-// The words of a search text, cut at blanks; two blanks in a row give an empty word. Kept: "*", "?"
-// and "+" are letters like any other. An 11th word raises "Subscript out of range".
-std::vector<SearchText> search_words(std::string search_text);
+// The words of a search text, upper-cased, cut at blanks; two blanks in a row give an empty word.
+// Kept: "*", "?" and "+" are letters like any other. An 11th word raises "Subscript out of range".
+std::vector<std::string> search_words(std::string search_text);
 
 class QueryAnswering {
  public:
@@ -30,7 +30,6 @@ class QueryAnswering {
                         std::size_t connection);
 
  private:
-  std::vector<std::size_t> matching_files(const std::vector<SearchText>& words) const;
   std::string query_hit(const std::vector<std::size_t>& file_numbers) const;
   std::string descriptor(std::string_view query_guid, const std::string& payload) const;
 

@@ -1,25 +1,18 @@
 #include "share/shared_index.h"
 
-#include <algorithm>
 #include <limits>
+#include <string_view>
 #include <utility>
+#include <vector>
 
 namespace velmora {
 
 void SharedIndex::replace(OneBased<SharedFile> files) {
-  OneBased<SearchText> names(kMaxSharedFiles);
-  names.resize(files.upper_bound());
-  for (std::size_t number = 1; number <= files.upper_bound(); ++number) {
-    names.at(number) = SearchText(files.at(number).name);
-  }
+  std::vector<std::string_view> names;
+  names.reserve(files.upper_bound());
+  for (const SharedFile& file : files) names.emplace_back(file.name);
+  names_ = NameIndex(names);
   shared_files_ = std::move(files);
-  names_ = std::move(names);
-}
-
-bool SharedIndex::matches(std::size_t file_number, const std::vector<SearchText>& words) const {
-  const SearchText& name = names_.at(file_number);
-  return std::all_of(words.begin(), words.end(),
-                     [&name](const SearchText& word) { return name.holds(word); });
 }
 
 void SharedIndex::count_upload(std::size_t file_number) {

@@ -4,10 +4,9 @@
 #pragma once
 
 #include <cstddef>
-#include <vector>
 
 #include "platform/one_based.h"
-#include "share/search_text.h"
+#include "share/name_index.h"
 #include "share/shared_file.h"
 
 namespace velmora {
@@ -17,15 +16,15 @@ class SharedIndex {
   [[nodiscard]] const OneBased<SharedFile>& shared_files() const { return shared_files_; }
   void replace(OneBased<SharedFile> files);
 
-  // Whether every word occurs in the stored name. The number must be in the list.
-  [[nodiscard]] bool matches(std::size_t file_number, const std::vector<SearchText>& words) const;
+  // The stored names, by file number.
+  [[nodiscard]] const NameIndex& names() const { return names_; }
 
   // One upload more, at most 32,767 of them. The number must be in the list.
   void count_upload(std::size_t file_number);
 
  private:
   OneBased<SharedFile> shared_files_{kMaxSharedFiles};
-  OneBased<SearchText> names_{kMaxSharedFiles};  // same index
+  NameIndex names_;
 };
 
 }  // namespace velmora

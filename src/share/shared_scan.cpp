@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "platform/number.h"
+#include "platform/trap.h"
 #include "share/shared_list_file.h"
 
 namespace velmora {
@@ -38,23 +39,35 @@ std::string SharedScan::load_saved() {
 void SharedScan::stop() {
   if (!scanning()) return;
   scan_.reset();
+  give_back();
+}
+
+// The page as it is while no scan runs.
+void SharedScan::give_back() {
   form_.scan_progress.finish();
-  show_count();
   form_.scan_config.set_enabled(true);
+  show_count();
 }
 
 void SharedScan::start() {
   if (scanning()) return;
   form_.scan_config.set_enabled(false);
   form_.sharenum_config.set_text("--");
-  scan_ = std::make_shared<SharedFileScan>(form_.upload_config.items(), files_, log_);
-  post_turn();
+  const bool started = trap(log_, "Scan_my_files: ", [this] {
+    scan_ = std::make_shared<SharedFileScan>(form_.upload_config.items(), files_, log_);
+    post_turn();
+  });
+  if (started) return;
+  scan_.reset();
+  give_back();
 }
 
 void SharedScan::post_turn() {
   show_progress();
   loop_.post([this, scan = std::weak_ptr<SharedFileScan>(scan_)] {
-    if (!scan.expired()) turn();
+    if (scan.expired() || trap(log_, "Scan_my_files: ", [this] { turn(); })) return;
+    scan_.reset();
+    give_back();
   });
 }
 
@@ -77,9 +90,7 @@ void SharedScan::finish() {
   show_total(total);
   const std::string error = save_shared(files_, kSharedListFile, index_);
   if (!error.empty()) form_.StatusBar.set_panel(1, error);
-  form_.scan_progress.finish();
-  show_count();
-  form_.scan_config.set_enabled(true);
+  give_back();
 }
 
 void SharedScan::show_progress() {

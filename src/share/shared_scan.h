@@ -32,6 +32,7 @@ class SharedScan {
   void turn();
   void finish();
   void show_progress();
+  void give_back();
   void show_count();
   void show_total(const std::string& total);
 

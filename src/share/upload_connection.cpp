@@ -74,7 +74,11 @@ bool UploadConnection::ready() {
 }
 
 void UploadConnection::on_read(std::string_view data) {
-  if (phase_ == Phase::request) collect(data);
+  if (phase_ != Phase::request) return;
+  const std::string error = trapped({}, [&] { collect(data); });
+  if (error.empty()) return;
+  release();
+  events_.on_no_request(slot_, error);
 }
 
 void UploadConnection::on_disconnect() {

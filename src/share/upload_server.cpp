@@ -119,9 +119,11 @@ std::size_t UploadServer::free_slot() {
   }
   const std::size_t index = connections_.size() + 1;
   if (index > kMaxUploadSlots) return 0;
-  upload_slots_.grow_to(index);
   UploadConnectionEvents& events = *this;
-  connections_.push_back(std::make_unique<UploadConnection>(loop_, index, events));
+  auto connection = std::make_unique<UploadConnection>(loop_, index, events);
+  connections_.reserve(index);  // so that the two arrays grow together or not at all
+  upload_slots_.grow_to(index);
+  connections_.push_back(std::move(connection));
   return index;
 }
 

@@ -44,6 +44,7 @@ class UploadServer : private ListenerEvents, private UploadConnectionEvents {
 
   // The slots, for the pass that looks for missing host names.
   [[nodiscard]] OneBased<UploadSlot>& upload_slots() { return upload_slots_; }
+  [[nodiscard]] const OneBased<UploadSlot>& upload_slots() const { return upload_slots_; }
 
  private:
   void on_accept(std::unique_ptr<Socket> pending) override;

@@ -33,10 +33,10 @@ class DownloadClient::Element : public SocketEvents {
   // Kept: a refused attempt waits for timeout_downl_t, as one that is never answered does.
   void on_connect_failed() override { socket.reset(); }
   void on_read(std::string_view data) override {
-    if (entry != 0) client_.downl_Read(*this, data);
+    if (entry != 0 && !finishing) client_.downl_Read(*this, data);
   }
   void on_disconnect() override {
-    if (entry != 0) return client_.end(*this, "Disconnected");
+    if (entry != 0 && !finishing) return client_.peer_gone(*this);
     socket.reset();
     farewell.reset();
   }
@@ -45,6 +45,8 @@ class DownloadClient::Element : public SocketEvents {
   std::size_t entry = 0;    // of the download list; 0 while none is being fetched
   std::uint64_t start = 0;  // the first byte that this connection asked for
   bool lost_bytes = false;  // some came behind the header in its block
+  std::string held;         // bytes that may be the beginning of a stop message
+  bool finishing = false;   // waits for its turn to become a finished file
   std::unique_ptr<Socket> socket;
   std::unique_ptr<Timer> timeout_downl_t;
   std::unique_ptr<Timer> silence;
@@ -65,7 +67,7 @@ DownloadClient::DownloadClient(EventLoop& loop, Network& network, Files& files, 
       version_(std::move(version)),
       downl_(kMaxDownloads) {}
 
-DownloadClient::~DownloadClient() = default;
+DownloadClient::~DownloadClient() { *alive_ = false; }
 
 DownloadRecord& DownloadClient::record_of(const Element& element) {
   return downloads_.download_list().at(element.entry);
@@ -116,6 +118,8 @@ void DownloadClient::end(Element& element, const std::string& status) {
     record.bytes_received = std::min(record.bytes_received, element.start);
   }
   element.entry = 0;
+  element.finishing = false;
+  element.held.clear();
   element.socket.reset();
   element.timeout_downl_t.reset();
   element.silence.reset();
@@ -125,7 +129,17 @@ void DownloadClient::end(Element& element, const std::string& status) {
   downloads_.redraw();
 }
 
+// Held bytes that are all the rest of the file were no message; others are asked for again.
+void DownloadClient::peer_gone(Element& element) {
+  const DownloadRecord& record = record_of(element);
+  const bool all = record.file && !element.held.empty() &&
+                   element.held.size() == record.exact_size() - record.file->position();
+  if (all) guarded(element, [&] { write_block(element, std::exchange(element.held, {})); });
+  if (element.entry != 0 && !element.finishing) end(element, "Disconnected");
+}
+
 void DownloadClient::close_all() {
+  while (!finishing_.empty()) finish_next();
   for (const auto& element : downl_) {
     if (element->entry != 0) end(*element, "Disconnected");
     element->socket.reset();
@@ -141,7 +155,7 @@ void DownloadClient::downl_Connect(Element& element) {
     downloads_.redraw();
   });
   if (error.empty()) return;
-  log_.debug_log("downl_Connect: " + error);
+  log_error(log_, "downl_Connect: ", error);
   end(element, error);
 }
 
@@ -161,18 +175,36 @@ void DownloadClient::downl_Read(Element& element, std::string_view block) {
 }
 
 void DownloadClient::incomming_download_data(Element& element, std::string_view block) {
-  const std::string error = trapped({}, [&] { process(element, block); });
+  guarded(element, [&] { process(element, block); });
+}
+
+template <class Body>
+void DownloadClient::guarded(Element& element, Body&& body) {
+  const std::string error = trapped({}, std::forward<Body>(body));
   if (error.empty()) return;
-  log_.debug_log("incomming_download_data: " + error);
+  log_error(log_, "incomming_download_data: ", error);
   if (element.entry != 0) end(element, error);
 }
 
+// The network may deliver a stop message in pieces, which must not be taken for bytes of the file.
 void DownloadClient::process(Element& element, std::string_view block) {
+  if (element.held.empty()) return process_data(element, block);
+  const std::string whole = std::exchange(element.held, {}).append(block);
+  process_data(element, whole);
+}
+
+void DownloadClient::process_data(Element& element, std::string_view block) {
   const auto stop = find_stop_message(block);
-  if (!stop) return process_block(element, block);
+  if (!stop) {
+    const std::size_t begun = record_of(element).file ? begun_stop_message(block) : block.size();
+    element.held = block.substr(begun);
+    if (begun > 0) process_block(element, block.substr(0, begun));
+    return;
+  }
   const std::string text(stop->text.substr(0, kMaxDownloadMessage));
   if (stop->begin > 0) process_block(element, block.substr(0, stop->begin));
-  if (element.entry == 0) return;  // what came before the message ended the transfer
+  // What came before the message may have ended the transfer.
+  if (element.entry == 0 || element.finishing) return;
   record_of(element).message = text;
   log_.debug_log("Download stopped by " + record_of(element).address + ": " +
                  escape_control_bytes(std::string_view(text).substr(0, kMaxLoggedMessage)));
@@ -214,7 +246,7 @@ void DownloadClient::process_header(Element& element, std::string_view header) {
 }
 
 // A download that has nothing left to fetch is "Done" without touching a finished file: what still
-// is a partial file takes its final name, and if there is none the file was finished before.
+// is a partial file takes its final name, and otherwise the finished file must be there.
 void DownloadClient::open_file(Element& element) {
   DownloadRecord& record = record_of(element);
   const std::string& folder = form_.down_config.text();
@@ -222,7 +254,9 @@ void DownloadClient::open_file(Element& element) {
   const std::uint64_t on_disk = PartialFile::length_on_disk(files_, folder, name);
   const bool complete = record.exact_size() == element.start;
   if (on_disk < element.start) {
-    if (complete) return end_as_done(element);
+    if (complete && PartialFile::finished_length(files_, folder, name) == element.start) {
+      return end_as_done(element);
+    }
     record.bytes_received = on_disk;  // the next resumption goes on from what there is
   }
   for (const DownloadRecord& other : downloads_.download_list()) {
@@ -231,7 +265,7 @@ void DownloadClient::open_file(Element& element) {
     }
   }
   record.file = std::make_unique<PartialFile>(files_, folder, std::move(name), element.start);
-  if (complete) finish(element);
+  if (complete) finish_soon(element);
 }
 
 void DownloadClient::write_block(Element& element, std::string_view block) {
@@ -241,8 +275,31 @@ void DownloadClient::write_block(Element& element, std::string_view block) {
       block.substr(0, static_cast<std::size_t>(std::min<std::uint64_t>(promised, block.size()))));
   record.bytes_received = record.file->position();
   record.status = "Downloading";
-  if (record.complete()) return finish(element);
+  if (record.complete()) finish_soon(element);
   downloads_.redraw();
+}
+
+// Making a file last takes the disk its time, so that many that end together take a turn each.
+void DownloadClient::finish_soon(Element& element) {
+  if (finishing_.empty()) plan_finish();
+  finishing_.push_back(&element);
+  element.finishing = true;
+  element.silence->set_enabled(false);
+}
+
+void DownloadClient::plan_finish() {
+  loop_.post([this, alive = alive_] {
+    if (*alive) finish_next();
+  });
+}
+
+void DownloadClient::finish_next() {
+  if (finishing_.empty()) return;
+  Element& element = *finishing_.front();
+  finishing_.pop_front();
+  guarded(element, [&] { finish(element); });
+  if (finishing_.empty() || trap(log_, "incomming_download_data: ", [&] { plan_finish(); })) return;
+  finish_next();
 }
 
 void DownloadClient::finish(Element& element) {
@@ -253,13 +310,14 @@ void DownloadClient::finish(Element& element) {
 }
 
 void DownloadClient::end_as_done(Element& element) {
-  std::unique_ptr<Socket> socket = std::move(element.socket);
-  end(element, "Done");
-  element.socket = std::move(socket);
-  element.farewell = loop_.make_timer(kFarewellMs, [&element] {
+  auto farewell = loop_.make_timer(kFarewellMs, [&element] {
     element.socket.reset();
     element.farewell.reset();
   });
+  std::unique_ptr<Socket> socket = std::move(element.socket);
+  end(element, "Done");
+  element.socket = std::move(socket);
+  element.farewell = std::move(farewell);
   element.farewell->set_enabled(true);
 }
 

@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -47,6 +48,7 @@ class DownloadClient {
 
   Element& free_element();
   void end(Element& element, const std::string& status);
+  void peer_gone(Element& element);
 
   // Events of one `downl` element.
   void downl_Connect(Element& element);
@@ -55,12 +57,18 @@ class DownloadClient {
   void silence_Timer(Element& element);
 
   void incomming_download_data(Element& element, std::string_view block);
+  template <class Body>
+  void guarded(Element& element, Body&& body);
   void process(Element& element, std::string_view block);
+  void process_data(Element& element, std::string_view block);
   void process_block(Element& element, std::string_view block);
   void refuse(Element& element, std::string_view block);
   void process_header(Element& element, std::string_view header);
   void open_file(Element& element);
   void write_block(Element& element, std::string_view block);
+  void finish_soon(Element& element);
+  void plan_finish();
+  void finish_next();
   void finish(Element& element);
   void end_as_done(Element& element);
   DownloadRecord& record_of(const Element& element);
@@ -73,6 +81,9 @@ class DownloadClient {
   DownloadList& downloads_;
   std::string version_;
   OneBased<std::unique_ptr<Element>> downl_;
+  std::deque<Element*> finishing_;  // all bytes are there; the file gets its name in a later turn
+  // Continuations look here whether the client still exists.
+  std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
 };
 
 }  // namespace velmora

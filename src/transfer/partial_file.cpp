@@ -3,13 +3,21 @@
 #include <utility>
 
 #include "platform/error.h"
-#include "platform/trap.h"
 #include "transfer/disk_name.h"
 
 namespace velmora {
 namespace {
 
 std::string partial(const std::string& name) { return name + std::string(kPartialExtension); }
+
+std::uint64_t length_if_there(Files& files, const std::string& path) {
+  try {
+    return files.size(path);
+  } catch (const PlatformError& error) {
+    if (error.code() != Errc::path_not_found) throw;
+    return 0;
+  }
+}
 
 }  // namespace
 
@@ -25,9 +33,12 @@ PartialFile::PartialFile(Files& files, std::string folder, std::string name, std
 
 std::uint64_t PartialFile::length_on_disk(Files& files, const std::string& folder,
                                           const std::string& name) {
-  std::uint64_t length = 0;
-  trapped({}, [&] { length = files.size(path_in(folder, partial(name))); });
-  return length;
+  return length_if_there(files, path_in(folder, partial(name)));
+}
+
+std::uint64_t PartialFile::finished_length(Files& files, const std::string& folder,
+                                           const std::string& name) {
+  return length_if_there(files, path_in(folder, name));
 }
 
 void PartialFile::write(std::string_view data) {

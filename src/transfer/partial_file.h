@@ -19,9 +19,12 @@ class PartialFile {
   // when what lies on disk is shorter than the start; no file is made for that.
   PartialFile(Files& files, std::string folder, std::string name, std::uint64_t start);
 
-  // How much of it lies on disk; 0 when there is none or it cannot be told.
+  // How much of it lies on disk; 0 when there is none. Raises the platform's error.
   static std::uint64_t length_on_disk(Files& files, const std::string& folder,
                                       const std::string& name);
+  // The same for the file under its final name.
+  static std::uint64_t finished_length(Files& files, const std::string& folder,
+                                       const std::string& name);
 
   [[nodiscard]] const std::string& folder() const { return folder_; }
   [[nodiscard]] const std::string& name() const { return name_; }

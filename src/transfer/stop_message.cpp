@@ -19,6 +19,21 @@ std::optional<std::string_view> text_after_mark(std::string_view rest) {
   return rest;
 }
 
+// Whether this is the beginning of a message and not all of it.
+bool is_begun(std::string_view bytes) {
+  constexpr std::size_t kMostDigits = 4;
+  if (bytes.size() > kMark.size() + kMostDigits + 2 + kMaxStopText) return false;
+  if (bytes.size() < kMark.size()) return kMark.starts_with(bytes);
+  const std::string_view rest = bytes.substr(kMark.size());
+  std::size_t count = 0;
+  const auto [end, error] = std::from_chars(rest.data(), rest.data() + rest.size(), count);
+  if (error != std::errc()) return rest.empty();
+  const std::string_view behind = rest.substr(static_cast<std::size_t>(end - rest.data()));
+  if (count > kMaxStopText) return false;
+  if (behind.size() < 2) return std::string_view("\r\n").starts_with(behind);
+  return behind.starts_with("\r\n") && behind.size() - 2 < count;
+}
+
 }  // namespace
 
 // A text may hold the mark itself, so the first place that fits is the message.
@@ -30,6 +45,14 @@ std::optional<StopMessage> find_stop_message(std::string_view block) {
     }
   }
   return std::nullopt;
+}
+
+std::size_t begun_stop_message(std::string_view block) {
+  for (std::size_t at = block.find(kMark.front()); at != std::string_view::npos;
+       at = block.find(kMark.front(), at + 1)) {
+    if (is_begun(block.substr(at))) return at;
+  }
+  return block.size();
 }
 
 }  // namespace velmora

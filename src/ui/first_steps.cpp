@@ -18,6 +18,7 @@ namespace {
 const char* const kClosedKey = "first_steps/closed";
 const char* const kConnectedKey = "first_steps/connected";
 const char* const kStatusColumn = "Stat";
+const char* const kFreed = "Sock freed";
 constexpr int kLongestAddress = 64;
 
 }  // namespace
@@ -109,9 +110,9 @@ QWidget* FirstSteps::add_step(const QString& text, const QList<QWidget*>& means)
 }
 
 void FirstSteps::follow_form() {
-  for (Control* control :
-       std::initializer_list<Control*>{&form_.down_config, &form_.upload_config,
-                                       &form_.sharenum_config, &form_.lcache, &form_.lHosts}) {
+  for (Control* control : std::initializer_list<Control*>{
+           &form_.down_config, &form_.upload_config, &form_.sharenum_config,
+           &form_.sharesize_config, &form_.lcache, &form_.lHosts}) {
     bind_.follow(*control, this, [this] { show_what_is_missing(); });
   }
   // The button changes when a scan begins. Following it starts with a call that tells of no change.
@@ -124,7 +125,9 @@ void FirstSteps::follow_form() {
 
 void FirstSteps::show_what_is_missing() {
   const bool no_share = form_.upload_config.items().empty();
-  const bool no_scan = !no_share && !scanned_ && form_.sharenum_config.text() == "0";
+  // The number of files is counted by a scan alone; their size is known from the last session.
+  const bool no_scan = !no_share && !scanned_ && form_.sharenum_config.text() == "0" &&
+                       form_.sharesize_config.text() == "0";
   const bool no_download = form_.down_config.text().empty();
   // A strip that came back with every lost connection would move the page under the mouse.
   if (!connected_ && is_connected_()) {
@@ -149,7 +152,9 @@ void FirstSteps::show_outcome() {
   for (std::size_t row = 1; row <= form_.lHosts.rows(); ++row) {
     const std::string host = form_.lHosts.cell(row, 1);
     if (host != tried_ && !host.starts_with(tried_ + ":")) continue;
-    outcome_->setText(form_text(form_.lHosts.cell(row, column)));
+    const std::string said = form_.lHosts.cell(row, column);
+    if (said == kFreed) return;  // which tells less than what was said before
+    outcome_->setText(form_text(said));
     outcome_->show();
     return;
   }

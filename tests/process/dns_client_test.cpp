@@ -140,7 +140,9 @@ TEST_F(DnsClientTest, TellsTheOutcomesOfARealServerApart) {
   ASSERT_TRUE(run_until(loop, [&] { return answers > 0; }));
 
   dnsmasq.end();
-  const DnsAnswer gone = ask(server, "10.0.0.1");
+  DnsAnswer gone = ask(server, "10.0.0.1");
+  // Waiting for the server may have used up the refusals that the kernel tells of in 20 ms.
+  if (gone.outcome() == DnsOutcome::timed_out) gone = ask(server, "10.0.0.1");
   EXPECT_EQ(gone.number, kDnsUnreachable);
   EXPECT_EQ(gone.description, "Could not contact the DNS server");
 }

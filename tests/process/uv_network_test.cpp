@@ -18,7 +18,7 @@ class UvNetworkTest : public testing::Test {
   // Connects the client to the port and gives the accepted end to the server.
   void join(End& client, End& server, Port& port) {
     const std::size_t before = port.accepted.size();
-    client.socket = here.connect("127.0.0.1", port.number(), 0, client);
+    client.socket = here.connect(port.address, port.number(), 0, client);
     ASSERT_TRUE(run_until(
         loop, [&] { return client.connects == 1 && port.accepted.size() == before + 1; }));
     server.hold(std::move(port.accepted.back()));
@@ -146,6 +146,27 @@ TEST_F(UvNetworkTest, ASlowReaderMeetsTheLimitAndLosesNothing) {
   EXPECT_TRUE(server.received() == sent);
   client.socket->write("more");
   EXPECT_TRUE(until([&] { return server.received().ends_with("more"); }));
+}
+
+TEST_F(UvNetworkTest, APeerThatTakesNothingIsGivenUpAndOneThatDoesIsNot) {
+  constexpr int kStall_ms = 300;
+  UvNetwork impatient(loop, "127.0.0.3", kStall_ms);
+  Port port(impatient);
+  End clients[2];
+  End servers[2];
+  for (int i = 0; i < 2; ++i) {
+    join(clients[i], servers[i], port);
+    servers[i].socket->write(std::string(kMaxUnsentPerSocket, 'x'));
+  }
+  clients[0].socket->set_reading(false);
+  // Nothing more is sent to the other one than it takes, for much longer than the limit.
+  ASSERT_TRUE(until([&] { return servers[0].disconnects == 1; }));
+  EXPECT_EQ(impatient.unsent(), 0U) << "what waited for it is gone";
+  EXPECT_EQ(servers[1].disconnects, 0);
+  EXPECT_EQ(clients[1].received().size(), kMaxUnsentPerSocket);
+  clients[1].reads.clear();
+  servers[1].socket->write("more");
+  EXPECT_TRUE(until([&] { return clients[1].received() == "more"; }));
 }
 
 TEST_F(UvNetworkTest, LastBytesArriveThoughThePeerStillSendsAndWasNotRead) {

@@ -102,9 +102,10 @@ class End : public SocketEvents {
 class Port : public ListenerEvents {
  public:
   explicit Port(UvNetwork& network, int backlog = 16)
-      : listener(network.listen(0, backlog, *this)) {}
+      : address(network.local_address()), listener(network.listen(0, backlog, *this)) {}
   [[nodiscard]] std::uint16_t number() const { return listener->local_port(); }
 
+  const std::string address;
   std::vector<std::unique_ptr<Socket>> accepted;
   std::function<void()> after_accept;
   std::unique_ptr<Listener> listener;

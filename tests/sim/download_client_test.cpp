@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -213,6 +214,45 @@ TEST_F(DownloadTest, ASilentTransferEndsAfterTwoMinutes) {
   EXPECT_EQ(files().content("/down/song.mp3.download"), "01");
 }
 
+// The end of the file may look like the beginning of a stop message; the end of the connection
+// tells them apart.
+TEST_F(DownloadTest, BytesHeldBackAtTheEndAreOfTheFileOrAreAskedForAgain) {
+  for (const bool all : {true, false}) {
+    const std::string name = all ? "whole.mp3" : "half.mp3";
+    queue(name, 8);
+    const std::size_t row = form_.ldown.rows();
+    RawPeer& peer = resume();
+    send(peer, {header("8"), all ? "0123VelM" : "0123Vel"});
+    EXPECT_EQ(entry(row).bytes_received, 4U);
+    peer.close();
+    world_.run_for(10);
+    EXPECT_EQ(status(row), all ? "Done" : "Disconnected");
+    EXPECT_EQ(files().content("/down/whole.mp3"), "0123VelM");
+    EXPECT_EQ(entry(row).bytes_received, all ? 8U : 4U);
+    entry(row).state = 1;  // leaves it alone from now on
+  }
+}
+
+// A disk that cannot say what lies there must not pass for one that has the finished file.
+TEST_F(DownloadTest, IsNeverDoneWithoutTheFile) {
+  queue("song.mp3", 10);
+  RawPeer& peer = resume();
+  send(peer, {header("10"), "01234"});
+  files().put("/down/song.mp3", "another file");
+  send(peer, {"56789"});
+  expect_ended(peer, "File exists");
+  files().remove("/down/song.mp3");
+  RawPeer& again = resume();
+  files().fail_next(1, EIO);
+  send(again, {header("10")});
+  expect_ended(again, "Input/output error");
+  files().remove("/down/song.mp3.download");
+  RawPeer& gone = resume();
+  send(gone, {header("10")});
+  expect_ended(gone, "Input past end of file");
+  EXPECT_EQ(entry().bytes_received, 0U);
+}
+
 TEST_F(DownloadTest, EveryEndKeepsTheStatusThatExplainsIt) {
   struct Case {
     std::vector<std::string> blocks;
@@ -234,6 +274,11 @@ TEST_F(DownloadTest, EveryEndKeepsTheStatusThatExplainsIt) {
       {{header("10"), "0123VelMora-Stop: 9\r\nnot\r\nnow!"}, "Stopped", "not\r\nnow!", "0123"},
       {{header("10"), "0123", "VelMora-Stop: 3\r\nbye"}, "Stopped", "bye", "0123"},
       {{header("10") + "VelMora-Stop: 3\r\nbye"}, "Stopped", "bye", ""},
+      // In pieces, of which the first would complete the file.
+      {{header("8"), "0123Vel", "Mora-Stop: 3\r\nb", "ye"}, "Stopped", "bye", "0123"},
+      {{header("8"), "0123", "VelMora-Stop: 3", "\r\nbye"}, "Stopped", "bye", "0123"},
+      // What only looks like the beginning of one is of the file.
+      {{header("24"), "0123VelMora-Stop: 3\r\nb", "ye?"}, "Done", "", ""},
   };
   int number = 0;
   for (const Case& c : cases) {
@@ -248,6 +293,52 @@ TEST_F(DownloadTest, EveryEndKeepsTheStatusThatExplainsIt) {
     EXPECT_EQ(form_.ldown.cell_tooltip(row, 3), c.message);
     EXPECT_EQ(files().content("/down/" + name + ".download"), c.on_disk);
     entry(row).state = 1;  // leaves it alone from now on
+  }
+}
+
+// A file that is whole gets its name in a turn of its own; whatever happens until then, it does.
+TEST_F(DownloadTest, NothingComesBetweenTheLastByteAndDone) {
+  const std::vector<std::function<void(RawPeer&)>> table = {
+      [](RawPeer& peer) { peer.send("VelMora-Stop: 3\r\nbye"); },
+      [](RawPeer& peer) { peer.send("more than was promised"); },
+      [](RawPeer& peer) { peer.close(); },
+      [this](RawPeer&) { form_.resume_down.click(); },
+      [this](RawPeer&) { client_.close_all(); },
+  };
+  for (std::size_t i = 0; i < table.size(); ++i) {
+    SCOPED_TRACE(i);
+    const std::string name = "song" + std::to_string(i) + ".mp3";
+    queue(name, 4);
+    RawPeer& peer = resume();
+    send(peer, {header("4"), "012"});
+    peer.send("3");
+    ASSERT_TRUE(world_.run_until([&] { return entry().bytes_received == 4; }, 100));
+    table[i](peer);
+    world_.run_for(10);
+    expect_ended(peer, "Done");
+    EXPECT_EQ(files().content("/down/" + name), "0123");
+    EXPECT_EQ(entry().message, "");
+  }
+  EXPECT_TRUE(log_.lines.empty());
+}
+
+TEST_F(DownloadTest, EndsThatComeTogetherTakeATurnEach) {
+  constexpr std::size_t kDownloads = 5;
+  for (std::size_t i = 1; i <= kDownloads; ++i) queue("song" + std::to_string(i) + ".mp3", 4);
+  form_.resume_down.click();
+  world_.run_for(50);
+  ASSERT_EQ(peers_.size(), kDownloads);
+  for (RawPeer* peer : peers_) send(*peer, {header("4")});
+  for (RawPeer* peer : peers_) peer->send("0123");
+  const auto done = [this] {
+    std::size_t count = 0;
+    for (std::size_t i = 1; i <= kDownloads; ++i) count += status(i) == "Done" ? 1U : 0U;
+    return count;
+  };
+  // The condition is looked at after every event, which is a turn.
+  for (std::size_t count = 1; count <= kDownloads; ++count) {
+    ASSERT_TRUE(world_.run_until([&] { return done() >= count; }, 100));
+    EXPECT_EQ(done(), count);
   }
 }
 
@@ -318,6 +409,27 @@ TEST_F(DownloadTest, AFileMayHoldTheLineOfAHeader) {
   send(peer, {header("12")});
   expect_ended(peer, "Input past end of file");
   EXPECT_EQ(files().content("/down/capture.txt.download"), "start:" + inside);
+}
+
+TEST_F(DownloadTest, AResetAfterAnyByteLosesNothingThatCame) {
+  const std::string reply = header("6");
+  for (std::size_t cut = 0; cut < reply.size() + 6; ++cut) {
+    SCOPED_TRACE(cut);
+    const std::string name = "song" + std::to_string(cut);
+    queue(name + ".mp3", 6);
+    RawPeer& first = resume();
+    send(first, {reply.substr(0, cut)});
+    const std::size_t came = cut > reply.size() ? cut - reply.size() : 0;
+    if (came > 0) send(first, {std::string("012345").substr(0, came)});
+    first.reset();
+    world_.run_for(10);
+    EXPECT_LT(entry().state, 1);
+    RawPeer& again = resume();
+    EXPECT_NE(again.received().find("bytes=" + std::to_string(came) + "-"), std::string::npos);
+    send(again, {reply, std::string("012345").substr(came)});
+    expect_ended(again, "Done");
+    EXPECT_EQ(files().content("/down/" + name + ".mp3"), "012345");
+  }
 }
 
 TEST_F(DownloadTest, StrangersNamesStayInsideTheFolder) {

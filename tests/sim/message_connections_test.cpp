@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include "net/message_connections.h"
 #include "servent_rig.h"
 
 namespace velmora::sim {
@@ -99,6 +100,32 @@ TEST(MessageConnections, ABurstPassesTheInboundLimit) {
   auto third = rig.world.connect_raw("10.0.0.4", "10.0.0.1", 6346);
   rig.world.run_for(10);
   EXPECT_EQ(rig.host_status(3), "Sock freed");
+}
+
+// A byte now and then keeps the wait for the handshake from ending. Few such peers are nobody's
+// trouble; 200 of them would keep everybody else out for ever.
+TEST(MessageConnections, PeersThatDawdleAreInTheWayForSecondsOnly) {
+  ServentRig rig(ServentRig::Fields{{"max_in_host", "1000"}});
+  std::vector<std::unique_ptr<RawPeer>> dawdlers;
+  const auto dawdle = [&](int seconds) {
+    for (int i = 0; i < seconds; ++i) {
+      for (const auto& dawdler : dawdlers) dawdler->send("x");
+      rig.world.run_for(1000);
+    }
+  };
+  while (dawdlers.size() < kMaxOpening - 1) {
+    dawdlers.push_back(rig.world.connect_raw("10.0.0.2", "10.0.0.1", 6346));
+  }
+  dawdle(30);
+  EXPECT_EQ(rig.host_status(1), "Connected") << "it sent data, so its status says so";
+  EXPECT_EQ(rig.logged("Connected IN"), 0);
+  dawdlers.push_back(rig.world.connect_raw("10.0.0.2", "10.0.0.1", 6346));
+  auto late = rig.world.connect_raw("10.0.0.3", "10.0.0.1", 6346);
+  late->send(kHello);
+  dawdle(2);
+  EXPECT_EQ(late->received(), kWelcome);
+  EXPECT_TRUE(dawdlers.front()->closed_by_peer());
+  EXPECT_FALSE(dawdlers.back()->closed_by_peer()) << "the newest one has had no time yet";
 }
 
 TEST(MessageConnections, ConnectsOut) {
@@ -201,6 +228,61 @@ TEST(MessageConnections, HandlesALargeChunkInSlices) {
     EXPECT_EQ(rig.host_counts(1), ended ? "0/64/0" : "0/200/0");
     EXPECT_EQ(rig.form().ping_stat.text(), ended ? "64 / 0" : "200 / 0");
   }
+}
+
+// A machine on which every look at the clock takes a millisecond.
+class SlowMachine : public EventLoop {
+ public:
+  explicit SlowMachine(EventLoop& loop) : loop_(loop) {}
+  std::unique_ptr<Timer> make_timer(int interval_ms, std::function<void()> on_tick) override {
+    return loop_.make_timer(interval_ms, std::move(on_tick));
+  }
+  void post(std::function<void()> continuation) override { loop_.post(std::move(continuation)); }
+  [[nodiscard]] std::int64_t now_ms() const override { return loop_.now_ms() + ++looks_; }
+  [[nodiscard]] LocalTime local_time() const override { return loop_.local_time(); }
+
+ private:
+  EventLoop& loop_;
+  mutable std::int64_t looks_ = 0;
+};
+
+// Two neighbours flood at once: neither's chunk makes the other's wait to its end, nothing is lost.
+TEST(MessageConnections, ManyChunksShareATurn) {
+  SimWorld world;
+  SimHost& host = world.add_host("10.0.0.1");
+  world.add_host("10.0.0.2");
+  Platform platform = host.platform();
+  SlowMachine loop(platform.loop);
+  Servent servent({loop, platform.network, platform.files, platform.boxes, platform.tray,
+                   platform.programs, platform.control, platform.dns},
+                  {});
+  servent.start();
+  std::vector<std::unique_ptr<RawPeer>> peers;
+  for (int i = 0; i < 2; ++i) {
+    peers.push_back(world.connect_raw("10.0.0.2", "10.0.0.1", 6346));
+    world.run_for(5);
+    peers.back()->send(kHello);
+    world.run_for(5);
+  }
+  std::string chunk;
+  for (int i = 0; i < 300; ++i) chunk += descriptor(std::to_string(i), 64, 1, 0, "");
+  for (const auto& peer : peers) peer->send(chunk);
+  const auto received = [&](std::size_t row) {
+    const std::string counts = servent.form().lHosts.cell(row, 3);
+    return std::stoi(counts.substr(counts.find('/') + 1));
+  };
+  int widest = 0;
+  ASSERT_TRUE(world.run_until(
+      [&] {
+        widest = std::max(widest, std::abs(received(1) - received(2)));
+        return received(1) == 300 && received(2) == 300;
+      },
+      1000));
+  EXPECT_GT(widest, 0);
+  EXPECT_LE(widest, 2 * kDescriptorsPerTurn);
+  peers[0]->send("a short one");
+  world.run_for(10);
+  EXPECT_NE(servent.form().frmDebug.text().find("data < 23 bytes"), std::string::npos);
 }
 
 TEST(Listeners, RefuseEqualPorts) {

@@ -362,7 +362,7 @@ void NetworkModel::got_ping(std::size_t index, const Descriptor& header) {
   counters_.pings_in += 1;
   const auto seen = look_up(header.guid, {.guid = header.guid, .connection = index, .function = 0});
   if (!seen) {
-    counters_.pings_out += static_cast<float>(forward(index, header, {}, 0));
+    counters_.pings_out += static_cast<float>(forward(index, header, {}));
     write(index, pong(settings_.identity, header.guid));
     counters_.my_pongs_out += 1;
   } else if (seen->function == 0) {
@@ -379,11 +379,7 @@ void NetworkModel::got_pong(std::size_t index, const Descriptor& header, std::st
   } else if (seen->ours) {
     counters_.my_pongs_in += 1;
   } else {
-    if (seen->connection != 0) {
-      forward(index, header, payload, seen->connection);
-    } else {
-      complain("a pong met a blanked entry");
-    }
+    forward(index, header, payload, seen->connection);  // an empty entry names nobody
     counters_.pongs_out += 1;
   }
 }
@@ -398,12 +394,12 @@ void NetworkModel::got_query(std::size_t index, const Descriptor& header,
   const std::string hit =
       answer(settings_.identity, header.guid, query_text(header.length, payload), log_);
   if (!hit.empty()) write(index, hit);
-  forward(index, header, payload, 0);
+  forward(index, header, payload);
   counters_.queries_in += 1;
 }
 
 std::size_t NetworkModel::forward(std::size_t from, Descriptor header, std::string_view payload,
-                                  std::size_t only) {
+                                  std::optional<std::size_t> only) {
   header.hops = std::min(header.hops + 1, 255U);
   if (header.ttl > 0) header.ttl -= 1;
   if (header.ttl > 50) header.ttl = settings_.identity.ttl;
@@ -414,7 +410,7 @@ std::size_t NetworkModel::forward(std::size_t from, Descriptor header, std::stri
   const std::string bytes = encode(header) + std::string(payload);
   std::size_t copies = 0;
   for (std::size_t i = 1; i < slots_.size(); ++i) {
-    if (!connected(i) || (only == 0 ? i == from : i != only)) continue;
+    if (!connected(i) || (only ? i != *only : i == from)) continue;
     write(i, bytes);
     slots_[i].sent += 1;
     ++copies;

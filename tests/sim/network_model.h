@@ -126,9 +126,9 @@ class NetworkModel {
   void got_ping(std::size_t index, const Descriptor& header);
   void got_pong(std::size_t index, const Descriptor& header, std::string_view payload);
   void got_query(std::size_t index, const Descriptor& header, std::string_view payload);
-  // 0 as the only receiver: all others.
+  // To all others unless there is an only receiver.
   std::size_t forward(std::size_t from, Descriptor header, std::string_view payload,
-                      std::size_t only);
+                      std::optional<std::size_t> only = {});
   std::optional<Seen> look_up(const std::string& guid, const Seen& otherwise);
 
   void write(std::size_t index, const std::string& bytes);

@@ -1,6 +1,8 @@
 // Start-up, shutdown and what belongs to the program as a whole.
 #include <gmock/gmock.h>
 
+#include <cerrno>
+
 #include "servent_rig.h"
 
 namespace velmora::sim {
@@ -139,6 +141,27 @@ TEST(UnknownDescriptors, KeepTheNewestText) {
   EXPECT_EQ(rig.counter(rig.form().unknown_stat), std::to_string(sent));
   EXPECT_EQ(rig.form().frmUnknown.text().size(), 65535U);
   EXPECT_TRUE(rig.form().frmUnknown.text().starts_with("Type: 4 Len: 0\r\nType: 3 Len: 0\r\n"));
+}
+
+// Hosts that could not be read once are not lost with the next save.
+TEST(Servent, KeepsACacheFileThatItCouldNotRead) {
+  const std::string kFile = "Velmora_cache.dat";
+  const std::string torn = "\"Rows in this file:\",2\r\n\"Format\"\r\n1,\"24.0.0.9\",63";
+  SimWorld world;
+  SimHost& host = world.add_host("10.0.0.1");
+  const auto live_once = [&](bool disk_fails) {
+    Servent servent(host.platform(), {});
+    servent.start();
+    host.files().fail_next(disk_fails ? 100 : 0, EIO);
+    servent.shutdown();
+    host.files().fail_next(0, 0);
+  };
+  host.files().put(kFile, torn);
+  live_once(true);
+  EXPECT_EQ(host.files().content(kFile), torn);
+  live_once(false);
+  EXPECT_EQ(host.files().content(kFile + ".bad"), torn);
+  EXPECT_NE(host.files().content(kFile), torn);
 }
 
 }  // namespace

@@ -413,6 +413,18 @@ TEST_F(UploadServerTest, OutlivesErrorsOfTheDisk) {
   EXPECT_EQ(status(1), "Disconnected");
 }
 
+// Whatever a client says behind its request is not read, another request neither.
+TEST_F(UploadServerTest, ASecondRequestWhileSendingChangesNothing) {
+  auto peer = ask(request("1", "a.bin", "Range: bytes=100-\r\n"));
+  world.run_for(600);
+  peer->send(request("2", "b.mp3"));
+  peer->send(std::string(3 * kMaxUploadRequest, 'x'));
+  world.run_for(3000);
+  EXPECT_EQ(sent_to(*peer), content.substr(100));
+  EXPECT_EQ(status(1), "Done");
+  EXPECT_EQ(form.lupload.rows(), 1U);
+}
+
 TEST_F(UploadServerTest, EndsAnUploadWhoseFileShrank) {
   auto peer = ask(request("1", "a.bin"));
   host.files().put("/d/a.bin", content.substr(0, 5000));

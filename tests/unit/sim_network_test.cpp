@@ -401,6 +401,20 @@ TEST_F(SimNetworkTest, SegmentsAreCutJoinedAndLost) {
   EXPECT_THAT(client.take(), ElementsAre("1016000 disconnect"));
 }
 
+TEST_F(SimNetworkTest, SegmentsTrickleAndAPeerMayEndItsHalfOnly) {
+  world.conditions().trickle_probability = 1;
+  listener = b.network.listen(5634, 5, server);
+  auto peer = world.connect_raw("10.0.0.1", "10.0.0.2", 5634);
+  world.run_for(10);
+  server.take();
+  peer->send("abc");
+  peer->end_sending();
+  peer->send("never");
+  world.run_for(10);
+  EXPECT_THAT(server.take(),
+              ElementsAre("11000 read a", "11000 read b", "11000 read c", "11000 disconnect"));
+}
+
 TEST_F(SimNetworkTest, RawPeersListenAndKeepWhatComes) {
   RawPeer* peer = nullptr;
   world.listen_raw("10.0.0.7", 80, [&peer](RawPeer& accepted) { peer = &accepted; });

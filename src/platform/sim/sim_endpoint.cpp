@@ -8,6 +8,7 @@ namespace {
 
 constexpr std::int64_t kMicrosecondsPerSecond = 1'000'000;
 constexpr std::int64_t kJoinWaitUs = 200'000;  // a held segment leaves by then at the latest
+constexpr std::size_t kTrickledBytes = 64;
 constexpr std::int64_t kLingerUs = 5'000'000;  // what a closed socket gets rid of its bytes in
 
 }  // namespace
@@ -31,7 +32,7 @@ void Endpoint::write(std::string_view data, bool alone) {
 }
 
 void Endpoint::send(std::string segment) {
-  if (over()) return;
+  if (over() || ending_) return;
   queue_.push(std::move(segment));
   pump();
 }
@@ -61,6 +62,12 @@ void Endpoint::close() {
   internet_.scheduler.after(kLingerUs, [self = shared_from_this()] {
     if (!self->end_sent_) self->reset();
   });
+}
+
+void Endpoint::end_sending() {
+  if (over()) return;
+  ending_ = true;
+  pump();
 }
 
 void Endpoint::reset() {
@@ -142,7 +149,8 @@ void Endpoint::pump() {
     if (most == 0) return;
     transmit(queue_.take(most));
   }
-  if (closing_ && !end_sent_ && queue_.empty()) send_end();
+  if (phase_ == Phase::connecting) return;
+  if ((closing_ || ending_) && !end_sent_ && queue_.empty()) send_end();
 }
 
 void Endpoint::transmit(const std::string& bytes) {
@@ -174,6 +182,11 @@ void Endpoint::release_held() {
     const std::size_t cut = 1 + static_cast<std::size_t>(chance.below(bytes.size() - 1));
     carry(bytes.substr(0, cut));
     bytes.erase(0, cut);
+  }
+  if (chance.happens(internet_.conditions.trickle_probability)) {
+    const std::size_t single = std::min(bytes.size() - 1, kTrickledBytes);
+    for (std::size_t i = 0; i < single; ++i) carry(bytes.substr(i, 1));
+    bytes.erase(0, single);
   }
   carry(std::move(bytes));
 }

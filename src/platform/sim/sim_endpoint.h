@@ -38,8 +38,9 @@ class Endpoint : public std::enable_shared_from_this<Endpoint> {
   // Leaves at once as one segment, or as soon as the connection stands.
   void send(std::string segment);
 
-  void close();  // orderly, after the bytes already written
-  void reset();  // destroys what is on its way
+  void close();        // orderly, after the bytes already written
+  void end_sending();  // half of it: what comes is still read
+  void reset();        // destroys what is on its way
 
   [[nodiscard]] bool connecting() const { return phase_ == Phase::connecting; }
   [[nodiscard]] bool connected() const { return phase_ == Phase::standing && !closing_; }
@@ -87,6 +88,7 @@ class Endpoint : public std::enable_shared_from_this<Endpoint> {
   SendQueue queue_;
   bool flush_planned_ = false;
   bool closing_ = false;
+  bool ending_ = false;  // nothing more is written
   bool end_sent_ = false;
   bool broken_ = false;  // nothing that is on its way arrives any more
   std::string held_;     // segments that wait for the next one

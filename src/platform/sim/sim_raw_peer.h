@@ -20,6 +20,7 @@ class SimRawPeer : public RawPeer, private SocketEvents {
 
   void send(std::string_view data) override { endpoint_->send(std::string(data)); }
   void close() override { endpoint_->close(); }
+  void end_sending() override { endpoint_->end_sending(); }
   void reset() override { endpoint_->reset(); }
   void set_reading(bool reading) override { endpoint_->set_reading(reading); }
   [[nodiscard]] bool connected() const override { return endpoint_->connected(); }

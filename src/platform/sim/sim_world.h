@@ -33,6 +33,7 @@ struct NetworkConditions {
   std::int64_t bandwidth = 0;      // bytes a second, each direction of a connection; 0: no limit
   double split_probability = 0;    // a segment is cut in two reads at a random byte
   double join_probability = 0;     // a segment waits for the next and arrives with it
+  double trickle_probability = 0;  // a segment's first 64 bytes arrive one a read
   double reset_probability = 0;    // a segment is lost and the connection reset instead
   double refuse_probability = 0;   // a connect is refused
   double silent_connect_probability = 0;  // a connect is never answered
@@ -79,6 +80,7 @@ class RawPeer {
   virtual ~RawPeer() = default;
   virtual void send(std::string_view data) = 0;  // one segment, one read unless conditions cut it
   virtual void close() = 0;                      // orderly
+  virtual void end_sending() = 0;  // half close: nothing more is sent, what comes is still read
   virtual void reset() = 0;
   virtual void set_reading(bool reading) = 0;
   [[nodiscard]] virtual bool connected() const = 0;  // stands, as far as this end knows

@@ -1,6 +1,7 @@
 #include "platform/uv/uv_connection.h"
 
 #include <linux/sockios.h>
+#include <netinet/tcp.h>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 
@@ -19,6 +20,13 @@ constexpr std::size_t kSmallestRead = std::size_t{64} << 10;
 constexpr std::size_t kLargestRead = std::size_t{8} << 20;
 constexpr int kLeavingMs = 5000;   // the last bytes and the end have that long to leave
 constexpr int kDrainingMs = 3000;  // the peer has that long to end too
+
+// The kernel counts: it alone knows when the peer last took something. A kernel that cannot leaves
+// the peer its time.
+void limit_stall(int fd, int most_ms) {
+  const unsigned int limit = static_cast<unsigned int>(most_ms);
+  static_cast<void>(setsockopt(fd, IPPROTO_TCP, TCP_USER_TIMEOUT, &limit, sizeof limit));
+}
 
 }  // namespace
 
@@ -61,6 +69,7 @@ void UvConnection::stand(Handle<uv_tcp_t> tcp) {
   tcp_->data = this;
   phase_ = Phase::standing;
   uv_tcp_nodelay(tcp_.get(), 1);
+  limit_stall(descriptor_of(tcp_), network_.max_stall_ms());
   const EndpointText peer = peer_end(descriptor_of(tcp_));
   if (!peer.address.empty()) {
     peer_address_ = peer.address;

@@ -18,8 +18,8 @@ constexpr std::size_t kDescriptorsKeptBack = 64;  // for files, folders and the 
 
 }  // namespace
 
-UvNetwork::UvNetwork(UvLoop& loop, std::string bind_address)
-    : loop_(loop), bind_address_(std::move(bind_address)) {
+UvNetwork::UvNetwork(UvLoop& loop, std::string bind_address, int max_stall_ms)
+    : loop_(loop), bind_address_(std::move(bind_address)), max_stall_ms_(max_stall_ms) {
   if (!bind_address_.empty() && !parse_address(bind_address_, 0)) {
     throw PlatformError(Errc::system, "Not an IPv4 address: \"" + bind_address_ + "\"");
   }

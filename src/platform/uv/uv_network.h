@@ -16,10 +16,14 @@ namespace velmora::uv {
 
 class UvConnection;
 
+// A peer that takes nothing of what was sent to it for so long is given up: its connection ends as
+// if it had reset it. (A simulated network has all the time in the world.)
+inline constexpr int kMaxStallMs = 120'000;
+
 class UvNetwork : public Network, private TurnEnd {
  public:
   // The address is dotted text; an empty one and 0.0.0.0 mean all addresses of the machine.
-  UvNetwork(UvLoop& loop, std::string bind_address);
+  UvNetwork(UvLoop& loop, std::string bind_address, int max_stall_ms = kMaxStallMs);
   ~UvNetwork() override;  // what has not left is lost
   UvNetwork(const UvNetwork&) = delete;
   UvNetwork& operator=(const UvNetwork&) = delete;
@@ -37,6 +41,7 @@ class UvNetwork : public Network, private TurnEnd {
   // For its connections and listeners.
   [[nodiscard]] UvLoop& loop() const { return loop_; }
   [[nodiscard]] const std::string& bind_address() const { return bind_address_; }
+  [[nodiscard]] int max_stall_ms() const { return max_stall_ms_; }
   [[nodiscard]] bool has_descriptor_to_spare() const;
   std::unique_ptr<Socket> adopt(Descriptor accepted);  // nothing if the system refuses
   void listener_opened() { ++listeners_; }
@@ -55,6 +60,7 @@ class UvNetwork : public Network, private TurnEnd {
 
   UvLoop& loop_;
   std::string bind_address_;
+  int max_stall_ms_;
   // The machine's primary address as it was last looked up; asking the system costs too much for
   // every descriptor that names it.
   mutable std::string primary_address_;

@@ -1,5 +1,8 @@
 #include "platform/uv/uv_platform.h"
 
+#include <sys/resource.h>
+
+#include <algorithm>
 #include <filesystem>
 #include <system_error>
 
@@ -14,6 +17,15 @@ namespace velmora::uv {
 namespace {
 
 constexpr int kLastBytesMs = 1000;
+constexpr rlim_t kDescriptorsWanted = 16'384;
+
+// The usual 1024 are fewer than the connections that a flood of upload requests may take.
+void ask_for_descriptors() {
+  rlimit limit{};
+  if (getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur >= kDescriptorsWanted) return;
+  limit.rlim_cur = std::min(limit.rlim_max, kDescriptorsWanted);
+  setrlimit(RLIMIT_NOFILE, &limit);
+}
 
 }  // namespace
 
@@ -33,7 +45,9 @@ struct UvPlatform::Parts {
 };
 
 UvPlatform::UvPlatform(const std::string& profile, const std::string& listen_address)
-    : parts_(std::make_unique<Parts>(profile, listen_address)) {}
+    : parts_(std::make_unique<Parts>(profile, listen_address)) {
+  ask_for_descriptors();
+}
 
 UvPlatform::~UvPlatform() {
   parts_->control.close();

@@ -1,0 +1,68 @@
+#include "simulator/forward_witness.h"
+
+#include <fmt/format.h>
+
+namespace velmora::simulator {
+namespace {
+
+constexpr std::size_t kHeader = 23;
+constexpr std::size_t kIdentity = 17;  // identifier and function
+constexpr std::size_t kHopsAt = 18;
+constexpr std::size_t kLengthAt = 19;
+
+std::size_t claimed_length(std::string_view descriptor) {
+  std::size_t length = 0;
+  for (std::size_t i = 4; i > 0; --i) {
+    length = length * 256 + static_cast<unsigned char>(descriptor[kLengthAt + i - 1]);
+  }
+  return length;
+}
+
+bool begins_a_transfer(std::string_view data) {
+  return data.starts_with("GET ") || data.starts_with("HTTP ") || data.starts_with("That file") ||
+         data.starts_with("This file");
+}
+
+}  // namespace
+
+void ForwardWitness::read(std::uint64_t socket, std::string_view data) {
+  Connection& connection = connections_[socket];
+  if (connection.descriptors) connection.last_read = data;
+}
+
+std::string ForwardWitness::written(std::uint64_t socket, std::string_view data) {
+  Connection& connection = connections_[socket];
+  if (!connection.talked) connection.descriptors = !begins_a_transfer(data);
+  connection.talked = true;
+  if (!connection.descriptors || data.starts_with("GNUTELLA ")) return {};
+  if (data.size() < kHeader) return fmt::format("{} bytes left as a descriptor", data.size());
+  const std::size_t payload = data.size() - kHeader;
+  // A shorter one is the naive answer to a field that holds no address; a longer one leaks.
+  if (claimed_length(data) < payload) {
+    return fmt::format("a descriptor of function {} claims {} bytes and has {}",
+                       static_cast<unsigned char>(data[16]), claimed_length(data), payload);
+  }
+  if (data[kHopsAt] == 0) return {};  // its own
+  ++forwarded_;
+  if (came_in(data)) return {};
+  return fmt::format("it forwarded a descriptor of function {} and {} bytes that never came in",
+                     static_cast<unsigned char>(data[16]), payload);
+}
+
+// TTL and hops change on the way; a payload is cut only where its chunk ended.
+bool ForwardWitness::came_in(std::string_view descriptor) const {
+  for (const auto& [socket, connection] : connections_) {
+    const std::string_view chunk = connection.last_read;
+    const std::string_view identity = descriptor.substr(0, kIdentity);
+    for (std::size_t at = chunk.find(identity); at != std::string_view::npos;
+         at = chunk.find(identity, at + 1)) {
+      const std::string_view source = chunk.substr(at);
+      if (source.size() < kHeader) break;
+      const std::string_view rest = source.substr(kLengthAt, 4 + claimed_length(source));
+      if (rest == descriptor.substr(kLengthAt)) return true;
+    }
+  }
+  return false;
+}
+
+}  // namespace velmora::simulator
