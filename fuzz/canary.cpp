@@ -12,8 +12,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   using namespace velmora::fuzz;
   if (size < kHeaderSize) return 0;
   const std::vector<char> bytes(data, data + size);
-  CountingLog log;
-  const DescriptorHeader header = str_to_header(std::string_view(bytes.data(), kHeaderSize), log);
+  const DescriptorHeader header = str_to_header(std::string_view(bytes.data(), kHeaderSize));
   if (header.function != kPush || header.payload_length < 1) return 0;
   std::vector<char> payload(static_cast<std::size_t>(header.payload_length));
   std::memcpy(payload.data(), bytes.data() + kHeaderSize, payload.size());

@@ -2,6 +2,7 @@
 set -euo pipefail
 top=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 cd "$top"
+configure_options=()
 
 fail() {
   echo "$(basename "$0"): $*" >&2
@@ -9,9 +10,10 @@ fail() {
 }
 
 # install_packages [LIST...]: installs the packages of scripts/packages.txt, or of these lists, that
-# are not there yet.
+# are not there yet, and leaves their names in `installed`.
 install_packages() {
   local missing=() package
+  installed=()
   [ $# -gt 0 ] || set -- scripts/packages.txt
   while read -r package; do
     dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'ok installed' ||
@@ -27,9 +29,10 @@ install_packages() {
   "${root[@]}" apt-get update -q
   "${root[@]}" env DEBIAN_FRONTEND=noninteractive \
     apt-get install -y -q --no-install-recommends "${missing[@]}"
+  installed=("${missing[@]}")
 }
 
-# build PRESET [TARGET...]
+# build PRESET [TARGET...]; the array `configure_options` may hold options for CMake.
 build() {
   local preset=$1
   shift
@@ -39,6 +42,6 @@ build() {
     rm -r "build/$preset"
   fi
   local configured
-  configured=$(cmake --preset "$preset" 2>&1) || fail "$configured"
+  configured=$(cmake --preset "$preset" "${configure_options[@]}" 2>&1) || fail "$configured"
   cmake --build --preset "$preset" ${1:+--target "$@"}
 }

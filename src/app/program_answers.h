@@ -79,9 +79,9 @@ class Replies : public ReplyChannel {
 class Answers : public QueryAnswerer {
  public:
   explicit Answers(QueryAnswering& answering) : answering_(answering) {}
-  void send_query_reply(std::string search_text, std::string_view query_guid,
+  void send_query_reply(std::string_view search_text, std::string_view query_guid,
                         std::size_t connection) override {
-    answering_.send_query_reply(std::move(search_text), query_guid, connection);
+    answering_.send_query_reply(search_text, query_guid, connection);
   }
 
  private:

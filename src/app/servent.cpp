@@ -235,7 +235,10 @@ void Servent::save() {
   trap(p.log, "shutdown: ", [&] {
     Files& files = p.platform.files;
     std::string cache_text = p.cache_in_doubt ? keep_cache(files, kCacheFile) : "";
-    if (cache_text.empty()) cache_text = save_cache(files, kCacheFile, p.host_cache);
+    if (cache_text.empty()) {
+      p.cache_in_doubt = false;  // it is kept; what lies there next is our own
+      cache_text = save_cache(files, kCacheFile, p.host_cache);
+    }
     if (cache_text.empty()) return;
     p.platform.boxes.show(BoxIcon::critical, "Problems saving Cache list", cache_text);
   });

@@ -1,6 +1,8 @@
 #include "desktop/application.h"
 
 #include <QByteArray>
+#include <QLocale>
+#include <QStandardPaths>
 #include <cstdio>
 #include <cstdlib>
 
@@ -59,7 +61,22 @@ std::unique_ptr<QApplication> make_application(int& argc, char** argv, const cha
   qInstallMessageHandler(before);
   QApplication::setQuitOnLastWindowClosed(false);  // it lives on in the notification area
   QApplication::setWindowIcon(ui::program_icon());
+  if (auto translation = translation_into(QLocale::system().uiLanguages().value(0))) {
+    translation->setParent(application.get());
+    QCoreApplication::installTranslator(translation.release());
+  }
   return application;
+}
+
+std::unique_ptr<QTranslator> translation_into(const QString& language) {
+  const QString name = "velmora_" + QString(language).replace(u'-', u'_');
+  auto translation = std::make_unique<QTranslator>();
+  const QStringList folders = QStandardPaths::locateAll(
+      QStandardPaths::GenericDataLocation, "velmora/translations", QStandardPaths::LocateDirectory);
+  for (const QString& folder : folders) {
+    if (translation->load(name, folder)) return translation;
+  }
+  return nullptr;
 }
 
 }  // namespace velmora::desktop

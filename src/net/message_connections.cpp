@@ -17,6 +17,7 @@ constexpr int kOpeningCheck_ms = 1000;
 constexpr std::int64_t kFramingMs = 5;  // of a turn, for all connections together
 constexpr int kDescriptorsPerLook = 8;  // at the clock
 constexpr std::int16_t kSilentTicks = 5;
+constexpr std::size_t kMostAtOnce = 32767;  // bytes of one string
 
 // Kept: a handshake counts only when one read delivers it whole and alone.
 constexpr std::string_view kHello = "GNUTELLA CONNECT/0.4\n\n";
@@ -58,6 +59,8 @@ MessageSocket& MessageConnections::load(std::size_t index) {
   elements_.grow_to(index);
   MessageSocketOwner& owner = *this;
   slots_.grow_to(index);
+  // Made here, so that a connection that stands needs no more memory.
+  if (connected_.capacity() < index) connected_.reserve(2 * index);
   auto element = std::make_unique<MessageSocket>(owner, index, ++generations_, loop_.now_ms());
   // Both are made here, so that closing needs no memory.
   element->timeout_msg_t =
@@ -80,7 +83,9 @@ void MessageConnections::set_up(std::size_t index, SetUp&& body) {
 }
 
 void MessageConnections::unload(std::size_t index) {
-  if (elements_.has(index)) elements_.at(index).reset();
+  if (!loaded(index)) return;
+  let_go_of_rest(*elements_.at(index));
+  elements_.at(index).reset();
 }
 
 // An incoming connection needs this timer as much as an outgoing one: it ends peers that never
@@ -157,7 +162,7 @@ void MessageConnections::msgwrite(std::size_t index, std::string_view data) {
   const auto& element = elements_.at(index);
   if (!element || !element->socket) throw PlatformError(Errc::not_connected);
   // Kept: the length travels as a signed 16-bit number.
-  to_int16(static_cast<double>(data.size()));
+  if (data.size() > kMostAtOnce) throw PlatformError(Errc::overflow);
   element->socket->write(data);
   counters_.bytes_sent += static_cast<double>(data.size());
 }
@@ -175,13 +180,18 @@ void MessageConnections::set_hosts_stat(std::size_t index, const SlotChange& cha
   if (change.reset_counts) slot.sent = slot.received = slot.dropped = 0;
   if (change.reset_ticks) slot.silence_ticks = 0;
   if (change.add_tick) slot.silence_ticks = to_int16(slot.silence_ticks + 1.0);
-  if (change.state != 0 && change.state != slot.state) {
-    if (slot.state == kOpening) --opening_;
-    if (change.state == kOpening) ++opening_;
-    slot.state = change.state;
-    note_opening_change();
-  }
+  if (change.state != 0 && change.state != slot.state) set_state(slot, index, change.state);
   form_.lHosts.redraw();
+}
+
+void MessageConnections::set_state(ConnectionSlot& slot, std::size_t index, std::int16_t state) {
+  const auto place = std::lower_bound(connected_.begin(), connected_.end(), index);
+  if (slot.state == kConnected) connected_.erase(place);
+  if (state == kConnected) connected_.insert(place, index);
+  if (slot.state == kOpening) --opening_;
+  if (state == kOpening) ++opening_;
+  slot.state = state;
+  note_opening_change();
 }
 
 void MessageConnections::note_opening_change() {
@@ -221,9 +231,8 @@ bool MessageConnections::stands(std::size_t index) const {
 
 void MessageConnections::recount() {
   count_in_ = count_out_ = 0;
-  for (const ConnectionSlot& slot : slots_) {
-    if (slot.state != kConnected) continue;
-    std::int16_t& count = slot.direction == "In" ? count_in_ : count_out_;
+  for (const std::size_t index : connected_) {
+    std::int16_t& count = slots_.at(index).direction == "In" ? count_in_ : count_out_;
     ++count;
   }
 }
@@ -313,7 +322,7 @@ void MessageConnections::hand_over(std::size_t index, std::string_view data, boo
   const auto& element = elements_.at(index);
   if (!element || element->generation != generation || !element->socket) return;
   if (!must_wait && done >= data.size()) {
-    std::string().swap(element->rest);  // a large chunk's memory does not stay with the slot
+    let_go_of_rest(*element);
     if (element->in_line) element->socket->set_reading(true);
     element->in_line = false;
     return;
@@ -336,10 +345,12 @@ std::size_t MessageConnections::cut(std::size_t index, std::string_view data, bo
   static_assert(kDescriptorsPerTurn % kDescriptorsPerLook == 0);
   std::size_t done = 0;
   int left = kDescriptorsPerTurn;
+  std::int64_t before_ms = loop_.now_ms();
   do {
-    const std::int64_t before_ms = loop_.now_ms();
     done += framing_->Format_in_data(data.substr(done), index, first, kDescriptorsPerLook);
-    const std::int64_t took_ms = loop_.now_ms() - before_ms;
+    const std::int64_t now_ms = loop_.now_ms();
+    const std::int64_t took_ms = now_ms - before_ms;
+    before_ms = now_ms;
     if (took_ms > 0 && spent_ms_ == 0) {
       loop_.post([this, alive = alive_] {
         if (*alive) spent_ms_ = 0;
@@ -352,11 +363,16 @@ std::size_t MessageConnections::cut(std::size_t index, std::string_view data, bo
   return done;
 }
 
-void MessageConnections::keep_rest(MessageSocket& element, std::string_view rest) const {
-  std::size_t waiting = rest.size();
-  for (const auto& other : elements_) waiting += other ? other->rest.size() : 0;
-  if (waiting > kMaxWaitingBytes) throw PlatformError(Errc::no_buffer_space);
+void MessageConnections::keep_rest(MessageSocket& element, std::string_view rest) {
+  if (waiting_bytes_ + rest.size() > kMaxWaitingBytes) throw PlatformError(Errc::no_buffer_space);
   element.rest.assign(rest);
+  waiting_bytes_ += rest.size();
+}
+
+// With its memory: a large chunk's does not stay with the slot.
+void MessageConnections::let_go_of_rest(MessageSocket& element) {
+  waiting_bytes_ -= element.rest.size();
+  std::string().swap(element.rest);
 }
 
 void MessageConnections::plan_line() {
@@ -396,7 +412,7 @@ bool MessageConnections::continue_chunk(std::size_t index, std::uint64_t generat
 void MessageConnections::drop_rest(std::size_t index) {
   const auto& element = elements_.at(index);
   if (!element || !element->socket || !element->in_line) return;
-  std::string().swap(element->rest);
+  let_go_of_rest(*element);
   element->rest_done = 0;
   element->in_line = false;
   element->socket->set_reading(true);
@@ -423,6 +439,7 @@ void MessageConnections::free_msg_socket(std::size_t index) {
   routes_.clear_routes(index);
   const auto& element = elements_.at(index);
   if (!element) return;
+  waiting_bytes_ -= element->rest.size();
   element->rest.clear();                       // what waits in line is found to be gone
   element->free_msgsock_t->set_enabled(true);  // one that is on goes on
 }

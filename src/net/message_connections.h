@@ -9,8 +9,10 @@
 #include <deque>
 #include <functional>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "form/form.h"
 #include "net/connection_slot.h"
@@ -70,6 +72,8 @@ class MessageConnections : public ListenerEvents, private MessageSocketOwner {
   [[nodiscard]] const OneBased<ConnectionSlot>& connection_slots() const { return slots_; }
   // Whether descriptors flow on it; index 0 and others out of range are not connected.
   [[nodiscard]] bool connected(std::size_t index) const;
+  // Those on which they do, ascending; what is written to them does not change it.
+  [[nodiscard]] std::span<const std::size_t> connected_ones() const { return connected_; }
   [[nodiscard]] std::size_t unsent(std::size_t index) const;
   // Whether there is an element, and whether its socket's connection stands.
   [[nodiscard]] bool loaded(std::size_t index) const;
@@ -97,6 +101,7 @@ class MessageConnections : public ListenerEvents, private MessageSocketOwner {
   void unload(std::size_t index);
   void load_timeout(std::size_t index);
   void connection_stands(std::size_t index, const char* way);
+  void set_state(ConnectionSlot& slot, std::size_t index, std::int16_t state);
   void note_opening_change();
   void end_old_openings();
 
@@ -110,7 +115,8 @@ class MessageConnections : public ListenerEvents, private MessageSocketOwner {
 
   void hand_over(std::size_t index, std::string_view data, bool first);
   std::size_t cut(std::size_t index, std::string_view data, bool first);
-  void keep_rest(MessageSocket& element, std::string_view rest) const;
+  void keep_rest(MessageSocket& element, std::string_view rest);
+  void let_go_of_rest(MessageSocket& element);
   void plan_line();
   void serve_line();
   bool continue_chunk(std::size_t index, std::uint64_t generation);
@@ -132,10 +138,12 @@ class MessageConnections : public ListenerEvents, private MessageSocketOwner {
   std::unique_ptr<Listener> listener_;
   OneBased<ConnectionSlot> slots_{kMaxConnections};
   OneBased<std::unique_ptr<MessageSocket>> elements_{kMaxConnections};
+  std::vector<std::size_t> connected_;  // kept up to date with the slots' states
   std::uint64_t generations_ = 0;
   std::deque<Waiting> line_;
   bool line_planned_ = false;
-  std::int64_t spent_ms_ = 0;  // by the framing in this turn
+  std::size_t waiting_bytes_ = 0;  // in the rests of all elements
+  std::int64_t spent_ms_ = 0;      // by the framing in this turn
   std::size_t opening_ = 0;
   std::unique_ptr<Timer> opening_check_;  // on since there were too many
   std::int16_t count_in_ = 0;

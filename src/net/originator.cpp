@@ -25,9 +25,9 @@ Originator::Originator(EventLoop& loop, Form& form, DebugLog& log, MessageConnec
       counters_(counters),
       searches_(searches) {}
 
-DescriptorHeader Originator::new_header(std::uint8_t function) const {
+DescriptorHeader Originator::new_header(std::uint8_t function, std::string_view guid) const {
   DescriptorHeader header;
-  header.guid = GetGUID(loop_.local_time());
+  header.guid = guid;
   header.function = function;
   header.ttl = to_byte(number(form_.ttlMax_config.text()));
   return header;
@@ -35,7 +35,7 @@ DescriptorHeader Originator::new_header(std::uint8_t function) const {
 
 void Originator::send_ping(std::size_t connection) {
   trap(log_, "Error: send_ping ", [&] {
-    const DescriptorHeader header = new_header(kPing);
+    const DescriptorHeader header = new_header(kPing, GetGUID(loop_.local_time()));
     Route route{.connection = to_int16(static_cast<double>(connection)),
                 .function = kPing,
                 .origin_mark = kOurOwn};
@@ -49,8 +49,7 @@ void Originator::send_ping(std::size_t connection) {
 
 void Originator::send_pong(std::size_t connection, const DescriptorHeader& ping) {
   trap(log_, "Error: send_pong ", [&] {
-    DescriptorHeader header = new_header(kPong);
-    header.guid = ping.guid;
+    DescriptorHeader header = new_header(kPong, ping.guid);
     header.payload_length = kPongLength;
     const std::string& forced = form_.forceIP_config.text();
     Pong pong;
@@ -66,16 +65,14 @@ void Originator::send_pong(std::size_t connection, const DescriptorHeader& ping)
 
 void Originator::send_query(const std::string& search_text) {
   trap(log_, "Error: send_query: ", [&] {
-    DescriptorHeader header = new_header(kQuery);
+    DescriptorHeader header = new_header(kQuery, GetGUID(loop_.local_time()));
     // Kept: the servent asks for hosts at least as fast as itself.
     const std::string payload = query_to_str(to_int16(val(form_.speed_config.text())), search_text);
     header.payload_length = to_single(static_cast<double>(payload.size()));
-    searches_.remember_search(search_text, header.guid);
+    searches_.remember_search(search_text, std::string(header.guid));
     const std::string descriptor = header_to_str(header, log_) + payload;
     bool written = false;
-    const std::size_t last = connections_.connection_slots().upper_bound();
-    for (std::size_t i = 1; i <= last; ++i) {
-      if (!connections_.connected(i)) continue;
+    for (const std::size_t i : connections_.connected_ones()) {
       trap(log_, "Error: send_query: ", [&] {
         Route route{.connection = to_int16(static_cast<double>(i)),
                     .function = kQuery,

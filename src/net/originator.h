@@ -26,7 +26,7 @@ class Originator : public QuerySender {
   void send_query(const std::string& search_text) override;
 
  private:
-  [[nodiscard]] DescriptorHeader new_header(std::uint8_t function) const;
+  [[nodiscard]] DescriptorHeader new_header(std::uint8_t function, std::string_view guid) const;
 
   EventLoop& loop_;
   Form& form_;

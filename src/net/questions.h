@@ -24,7 +24,7 @@ class PongIntake {
 class QueryAnswerer {
  public:
   virtual ~QueryAnswerer() = default;
-  virtual void send_query_reply(std::string search_text, std::string_view query_guid,
+  virtual void send_query_reply(std::string_view search_text, std::string_view query_guid,
                                 std::size_t connection) = 0;
 };
 

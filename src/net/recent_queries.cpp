@@ -1,7 +1,6 @@
 #include "net/recent_queries.h"
 
 #include <algorithm>
-#include <utility>
 
 #include "platform/error.h"
 #include "protocol/conversions.h"
@@ -13,8 +12,9 @@ RecentQueries::RecentQueries(ListView& lview, const CheckBox& traffic_view)
   lview_.set_source(this);
 }
 
-void RecentQueries::add(std::string text, std::string_view guid) {
-  ring_[position_] = Entry{std::move(text), guid_text(guid)};
+void RecentQueries::add(std::string_view text, std::string_view guid) {
+  ring_[position_].text = text;
+  ring_[position_].guid = guid;
   position_ = (position_ + 1) % ring_.size();
   used_ = std::min(used_ + 1, ring_.size());
   if (traffic_view_.checked()) lview_.redraw();
@@ -23,7 +23,7 @@ void RecentQueries::add(std::string text, std::string_view guid) {
 std::string RecentQueries::cell(std::size_t row, std::size_t column) const {
   if (row < 1 || row > used_) throw PlatformError(Errc::subscript_out_of_range);
   const Entry& entry = ring_[row - 1];
-  return column == 1 ? entry.text : entry.guid;
+  return column == 1 ? entry.text : guid_text(entry.guid);
 }
 
 }  // namespace velmora

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "form/control.h"
+#include "protocol/guid_bytes.h"
 
 namespace velmora {
 
@@ -16,7 +17,7 @@ class RecentQueries : public ListSource {
   // The list follows the ring while `traffic_view` is set.
   RecentQueries(ListView& lview, const CheckBox& traffic_view);
 
-  void add(std::string text, std::string_view guid);
+  void add(std::string_view text, std::string_view guid);
 
   [[nodiscard]] std::size_t rows() const override { return used_; }
   [[nodiscard]] std::string row_key(std::size_t row) const override { return cell(row, 2); }
@@ -25,7 +26,7 @@ class RecentQueries : public ListSource {
  private:
   struct Entry {
     std::string text;
-    std::string guid;  // as text
+    GuidBytes guid;
   };
   ListView& lview_;
   const CheckBox& traffic_view_;

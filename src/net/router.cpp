@@ -93,7 +93,7 @@ void Router::got_query(const DescriptorHeader& header, std::string_view data,
                        std::size_t connection) {
   trap(log_, "got_query: ", [&] {
     if (refuse(header.payload_length > kMaxQueryLength, connection)) return;
-    const std::string text = query_text(header, data);
+    const std::string_view text = query_text(header, data);
     recent_queries_.add(text, header.guid);
     neighbours_.queries.send_query_reply(text, header.guid, connection);
     // Kept: a repeated query is answered and forwarded again; only TTL and hops stop it.
@@ -128,36 +128,43 @@ void Router::got_unknown(const DescriptorHeader& header, std::size_t connection)
   counters_.unknown += 1;
 }
 
-std::int16_t Router::foward_data(DescriptorHeader header, std::string_view data,
+std::int16_t Router::foward_data(const DescriptorHeader& header, std::string_view data,
                                  std::size_t connection, ForwardMode mode) {
-  double written = 0;
+  std::int16_t written = 0;
   trap(log_, "foward_data: ", [&] {
-    const double maximum_ttl = val(form_.ttlMax_config.text());
-    if (header.hops < 255) ++header.hops;
-    if (header.ttl > 0) --header.ttl;
-    if (header.ttl > kAbsurdTtl) header.ttl = to_byte(maximum_ttl);
-    if (header.hops > maximum_ttl || header.ttl == 0) {
+    const double maximum_ttl = maximum_ttl_.of(form_.ttlMax_config.text());
+    std::uint8_t hops = header.hops;
+    std::uint8_t ttl = header.ttl;
+    if (hops < 255) ++hops;
+    if (ttl > 0) --ttl;
+    if (ttl > kAbsurdTtl) ttl = to_byte(maximum_ttl);
+    if (hops > maximum_ttl || ttl == 0) {
       counters_.dropped += 1;
       return;
     }
-    std::string descriptor = header_to_str(header, log_);
-    descriptor += payload_of(header, data);
-    if (mode == ForwardMode::to_this_one) {
-      if (connections_.connected(connection) && write_copy(connection, descriptor)) written = 1;
-      return;
-    }
-    const std::size_t last = connections_.connection_slots().upper_bound();
-    for (std::size_t i = 1; i <= last; ++i) {
-      if (i != connection && connections_.connected(i) && write_copy(i, descriptor)) ++written;
-    }
+    copy_ = data.substr(0, kHeaderSize + static_cast<std::size_t>(header.payload_length));
+    copy_[kTtlOffset] = static_cast<char>(ttl);
+    copy_[kHopsOffset] = static_cast<char>(hops);
+    written = write_copies(connection, mode);
   });
-  return to_int16(written);
+  return written;
+}
+
+std::int16_t Router::write_copies(std::size_t connection, ForwardMode mode) {
+  if (mode == ForwardMode::to_this_one) {
+    return connections_.connected(connection) && write_copy(connection) ? 1 : 0;
+  }
+  std::int16_t written = 0;  // there are no more connections than that
+  for (const std::size_t other : connections_.connected_ones()) {
+    if (other != connection && write_copy(other)) ++written;
+  }
+  return written;
 }
 
 // One copy that cannot be written is dropped for that connection; the others are served.
-bool Router::write_copy(std::size_t connection, std::string_view descriptor) {
+bool Router::write_copy(std::size_t connection) {
   return trap(log_, "foward_data: ", [&] {
-    connections_.msgwrite(connection, descriptor);
+    connections_.msgwrite(connection, copy_);
     connections_.connection_slots().at(connection).sent += 1;
   });
 }

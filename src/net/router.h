@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 #include "form/form.h"
@@ -15,6 +16,7 @@
 #include "net/routing_table.h"
 #include "net/traffic_counters.h"
 #include "net/unknown_log.h"
+#include "platform/field_number.h"
 #include "protocol/framing.h"
 
 namespace velmora {
@@ -47,12 +49,13 @@ class Router : public DescriptorHandlers {
 
   // Returns how many connections it was written to. Only bytes that are there leave: a short
   // payload is forwarded short.
-  std::int16_t foward_data(DescriptorHeader header, std::string_view data, std::size_t connection,
-                           ForwardMode mode);
+  std::int16_t foward_data(const DescriptorHeader& header, std::string_view data,
+                           std::size_t connection, ForwardMode mode);
 
  private:
   bool refuse(bool bad_length, std::size_t connection);
-  bool write_copy(std::size_t connection, std::string_view descriptor);
+  std::int16_t write_copies(std::size_t connection, ForwardMode mode);
+  bool write_copy(std::size_t connection);
 
   Form& form_;
   DebugLog& log_;
@@ -63,6 +66,8 @@ class Router : public DescriptorHandlers {
   Neighbours neighbours_;
   RecentQueries recent_queries_;
   UnknownLog unknown_log_;
+  FieldNumber maximum_ttl_;
+  std::string copy_;  // what leaves; its memory is used again and again
 };
 
 }  // namespace velmora

@@ -17,8 +17,14 @@ class File {
  public:
   virtual ~File() = default;
   [[nodiscard]] virtual std::uint64_t size() const = 0;
-  // Fills at most `most` bytes from the offset; returns what there was (empty at the end).
-  virtual std::string read(std::uint64_t offset, std::size_t most) = 0;
+  // At most `most` bytes from the offset; returns what there was (empty at the end).
+  std::string read(std::uint64_t offset, std::size_t most) {
+    std::string data;
+    read_into(data, offset, most);
+    return data;
+  }
+  // The same into the string's memory, which costs least when it had that size before.
+  virtual void read_into(std::string& data, std::uint64_t offset, std::size_t most) = 0;
   // Writes all or raises an error; an offset beyond the end raises "Input past end of file".
   virtual void write(std::uint64_t offset, std::string_view data) = 0;
   virtual void truncate(std::uint64_t size) = 0;

@@ -1,13 +1,12 @@
 #include "protocol/descriptor_header.h"
 
-#include "platform/number.h"
+#include "platform/error.h"
 #include "protocol/conversions.h"
 
 namespace velmora {
 
 std::string header_to_str(const DescriptorHeader& header, DebugLog& log) {
-  std::string bytes = header.guid;
-  bytes.resize(kGuidSize, ' ');
+  std::string bytes(header.guid);
   for (const std::uint8_t field : {header.function, header.ttl, header.hops}) {
     bytes += static_cast<char>(field);
   }
@@ -16,14 +15,19 @@ std::string header_to_str(const DescriptorHeader& header, DebugLog& log) {
   return bytes;
 }
 
-DescriptorHeader str_to_header(std::string_view bytes, DebugLog& log) {
+DescriptorHeader str_to_header(std::string_view bytes) {
+  if (bytes.size() < kHeaderSize) throw PlatformError(Errc::invalid_call);
+  const auto byte_at = [bytes](std::size_t offset) {
+    return static_cast<std::uint8_t>(bytes[offset]);
+  };
   DescriptorHeader header;
   header.guid = bytes.substr(0, kGuidSize);
-  header.function = static_cast<std::uint8_t>(bytes.at(16));
-  header.ttl = static_cast<std::uint8_t>(bytes.at(17));
-  header.hops = static_cast<std::uint8_t>(bytes.at(18));
-  header.payload_length = to_single(Str_to_Dword(bytes.substr(19, 4), log));
-  if (header.payload_length > kMaxPayloadLength) header.payload_length = -1;
+  header.function = byte_at(16);
+  header.ttl = byte_at(kTtlOffset);
+  header.hops = byte_at(kHopsOffset);
+  std::uint32_t length = 0;
+  for (std::size_t offset = kHeaderSize; offset-- > 19;) length = length << 8U | byte_at(offset);
+  header.payload_length = length > kMaxPayloadLength ? -1 : static_cast<float>(length);
   return header;
 }
 

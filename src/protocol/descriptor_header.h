@@ -6,11 +6,13 @@
 #include <string_view>
 
 #include "platform/debug_log.h"
+#include "protocol/guid_bytes.h"
 
 namespace velmora {
 
 inline constexpr std::size_t kHeaderSize = 23;
-inline constexpr std::size_t kGuidSize = 16;
+inline constexpr std::size_t kTtlOffset = 17;
+inline constexpr std::size_t kHopsOffset = 18;
 // A longer payload is a bad length; one of exactly this size is good.
 inline constexpr double kMaxPayloadLength = 32000;
 
@@ -23,7 +25,7 @@ enum Function : std::uint8_t {
 };
 
 struct DescriptorHeader {
-  std::string guid = std::string(kGuidSize, ' ');  // always 16 bytes
+  GuidBytes guid;
   std::uint8_t function = 0;
   std::uint8_t ttl = 0;
   std::uint8_t hops = 0;
@@ -31,9 +33,8 @@ struct DescriptorHeader {
 };
 
 // 23 bytes; any other result writes "Error: header_to_str: wrong length" and is returned as it is.
-// A GUID is brought to its fixed width: cut, or filled with blanks.
 std::string header_to_str(const DescriptorHeader& header, DebugLog& log);
-// At least 23 bytes.
-DescriptorHeader str_to_header(std::string_view bytes, DebugLog& log);
+// Fewer than 23 bytes raise "Invalid procedure call or argument".
+DescriptorHeader str_to_header(std::string_view bytes);
 
 }  // namespace velmora

@@ -17,7 +17,7 @@ std::size_t Framing::Format_in_data(std::string_view data, std::size_t connectio
     for (int i = 0; i < most && data.size() - done >= kHeaderSize; ++i) {
       const std::string_view rest = data.substr(done);
       handlers_.count_received(connection);
-      const DescriptorHeader header = str_to_header(rest.substr(0, kHeaderSize), log_);
+      const DescriptorHeader header = str_to_header(rest);
       if (header.payload_length < 0) {
         log_.debug_log("Format_in_data: Bad header length, Drop " + std::to_string(rest.size()) +
                        " Bytes!");

@@ -125,12 +125,12 @@ std::string query_to_str(std::int16_t minimum_speed, std::string_view text) {
   return payload;
 }
 
-std::string query_text(const DescriptorHeader& header, std::string_view descriptor) {
+std::string_view query_text(const DescriptorHeader& header, std::string_view descriptor) {
   if (header.payload_length < 3) throw PlatformError(Errc::invalid_call);
   const auto length = static_cast<std::size_t>(header.payload_length) - kMinimumSpeed;
   std::string_view text = from(descriptor, kHeaderSize + kMinimumSpeed).substr(0, length);
   if (text.ends_with('\0')) text.remove_suffix(1);
-  return std::string(text);
+  return text;
 }
 
 }  // namespace velmora

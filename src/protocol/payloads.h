@@ -58,6 +58,6 @@ std::string query_to_str(std::int16_t minimum_speed, std::string_view text);
 // The search text of a whole query descriptor (header included): its bytes from 26 to the payload's
 // end as far as they are there, one trailing 0 removed. A payload length below 3 raises "Invalid
 // procedure call or argument".
-std::string query_text(const DescriptorHeader& header, std::string_view descriptor);
+std::string_view query_text(const DescriptorHeader& header, std::string_view descriptor);
 
 }  // namespace velmora

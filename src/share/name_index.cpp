@@ -20,20 +20,19 @@ std::size_t list_of(const char* group) {
   return value * 0x9E3779B1U >> (32 - kListBits);
 }
 
-bool holds_all(std::string_view name, const std::vector<std::string>& words) {
-  return std::all_of(words.begin(), words.end(), [name](const std::string& word) {
+bool holds_all(std::string_view name, std::span<const std::string_view> words) {
+  return std::all_of(words.begin(), words.end(), [name](std::string_view word) {
     return name.find(word) != std::string_view::npos;
   });
 }
 
 }  // namespace
 
-std::string upper_cased(std::string_view text) {
-  std::string upper(text);
-  for (char& letter : upper) {
-    if (letter >= 'a' && letter <= 'z') letter = static_cast<char>(letter - 'a' + 'A');
+void make_upper_case(std::string& text) {
+  for (char& letter : text) {
+    const bool small = letter >= 'a' && letter <= 'z';
+    letter = static_cast<char>(letter - (small ? 'a' - 'A' : 0));
   }
-  return upper;
 }
 
 NameIndex::NameIndex(const std::vector<std::string_view>& names) {
@@ -42,9 +41,10 @@ NameIndex::NameIndex(const std::vector<std::string_view>& names) {
   }
   ends_.reserve(names.size());
   for (const std::string_view name : names) {
-    text_ += upper_cased(name);
+    text_ += name;
     ends_.push_back(text_.size());
   }
+  make_upper_case(text_);
   if (names.size() >= kFewNames) list_groups();
 }
 
@@ -83,7 +83,7 @@ std::span<const std::uint16_t> NameIndex::holders(std::string_view group) const 
 }
 
 // False when no word is long enough to have a group.
-bool NameIndex::rarest_holders(const std::vector<std::string>& words,
+bool NameIndex::rarest_holders(std::span<const std::string_view> words,
                                std::span<const std::uint16_t>& rarest) const {
   bool found = false;
   for (const std::string_view word : words) {
@@ -97,7 +97,7 @@ bool NameIndex::rarest_holders(const std::vector<std::string>& words,
   return found;
 }
 
-NameMatches NameIndex::find(const std::vector<std::string>& words, double limit) const {
+NameMatches NameIndex::find(std::span<const std::string_view> words, double limit) const {
   NameMatches matches;
   const auto look_at = [&](std::size_t number) {
     ++matches.names_read;

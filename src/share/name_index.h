@@ -14,7 +14,7 @@
 
 namespace velmora {
 
-std::string upper_cased(std::string_view text);
+void make_upper_case(std::string& text);
 
 struct NameMatches {
   std::vector<std::size_t> names;  // numbers, ascending
@@ -31,14 +31,14 @@ class NameIndex {
 
   // The names in which every word (upper-cased) occurs; an empty word always does. It stops behind
   // the name with which there are `limit` of them; whatever the limit, the first name is looked at.
-  [[nodiscard]] NameMatches find(const std::vector<std::string>& words, double limit) const;
+  [[nodiscard]] NameMatches find(std::span<const std::string_view> words, double limit) const;
 
  private:
   [[nodiscard]] std::size_t names() const { return ends_.size(); }
   [[nodiscard]] std::string_view name(std::size_t number) const;
   void list_groups();
   [[nodiscard]] std::span<const std::uint16_t> holders(std::string_view group) const;
-  [[nodiscard]] bool rarest_holders(const std::vector<std::string>& words,
+  [[nodiscard]] bool rarest_holders(std::span<const std::string_view> words,
                                     std::span<const std::uint16_t>& rarest) const;
 
   std::string text_;               // all names, one behind the other

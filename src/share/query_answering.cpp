@@ -1,6 +1,6 @@
 #include "share/query_answering.h"
 
-#include <utility>
+#include <algorithm>
 
 #include "platform/number.h"
 #include "platform/trap.h"
@@ -8,28 +8,28 @@
 
 namespace velmora {
 
-std::vector<std::string> search_words(std::string search_text) {
-  search_text += ' ';
-  std::vector<std::string> words;
-  for (std::size_t start = 0; start + 1 < search_text.size();) {
-    if (words.size() == kMaxSearchWords) throw PlatformError(Errc::subscript_out_of_range);
-    const std::size_t space = search_text.find(' ', start);
-    words.push_back(upper_cased(std::string_view(search_text).substr(start, space - start)));
+std::span<const std::string_view> SearchWords::of(std::string_view search_text) {
+  text_ = search_text;
+  make_upper_case(text_);
+  std::size_t count = 0;
+  for (std::size_t start = 0; start < text_.size();) {
+    if (count == kMaxSearchWords) throw PlatformError(Errc::subscript_out_of_range);
+    const std::size_t space = std::min(text_.find(' ', start), text_.size());
+    words_[count++] = std::string_view(text_).substr(start, space - start);
     start = space + 1;
   }
-  return words;
+  return std::span(words_).first(count);
 }
 
 QueryAnswering::QueryAnswering(const SharedIndex& index, const Form& form, ReplyChannel& replies,
                                DebugLog& log)
     : index_(index), form_(form), replies_(replies), log_(log) {}
 
-void QueryAnswering::send_query_reply(std::string search_text, std::string_view query_guid,
+void QueryAnswering::send_query_reply(std::string_view search_text, std::string_view query_guid,
                                       std::size_t connection) {
   trap(log_, "Error: send_query_reply: ", [&] {
-    const double limit = val(form_.query_config.text());
-    const auto words = search_words(std::move(search_text));
-    const auto file_numbers = index_.names().find(words, limit).names;
+    const double limit = limit_.of(form_.query_config.text());
+    const auto file_numbers = index_.names().find(words_.of(search_text), limit).names;
     if (file_numbers.empty()) return;
     replies_.send_reply(connection, descriptor(query_guid, query_hit(file_numbers)));
     replies_.count_query_hit_sent();

@@ -2,13 +2,16 @@
 // nothing when nothing matches. It does not route, and reads no file.
 #pragma once
 
+#include <array>
 #include <cstddef>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "form/form.h"
 #include "platform/debug_log.h"
+#include "platform/field_number.h"
 #include "protocol/descriptor_header.h"
 #include "share/questions.h"
 #include "share/shared_index.h"
@@ -19,14 +22,22 @@ inline constexpr std::size_t kMaxSearchWords = 10;
 
 // The words of a search text, upper-cased, cut at blanks; two blanks in a row give an empty word.
 // Kept: "*", "?" and "+" are letters like any other. An 11th word raises "Subscript out of range".
-std::vector<std::string> search_words(std::string search_text);
+class SearchWords {
+ public:
+  // Good until the next call, which uses the same memory.
+  std::span<const std::string_view> of(std::string_view search_text);
+
+ private:
+  std::string text_;
+  std::array<std::string_view, kMaxSearchWords> words_;
+};
 
 class QueryAnswering {
  public:
   QueryAnswering(const SharedIndex& index, const Form& form, ReplyChannel& replies, DebugLog& log);
 
   // Every error writes "Error: send_query_reply: " and its description, and nothing is sent.
-  void send_query_reply(std::string search_text, std::string_view query_guid,
+  void send_query_reply(std::string_view search_text, std::string_view query_guid,
                         std::size_t connection);
 
  private:
@@ -37,6 +48,8 @@ class QueryAnswering {
   const Form& form_;
   ReplyChannel& replies_;
   DebugLog& log_;
+  FieldNumber limit_;
+  SearchWords words_;
 };
 
 }  // namespace velmora

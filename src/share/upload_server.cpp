@@ -224,7 +224,10 @@ void UploadServer::upload_files() {
     if (slot.failures >= kMostFailures) end_upload(index, "Disconnected");
     active = true;
   }
-  if (!active) upload_file_t_->set_enabled(false);
+  if (!active) {
+    upload_file_t_->set_enabled(false);
+    std::string().swap(packet_);
+  }
   follow_slider();
   form_.lupload.redraw();
 }
@@ -249,13 +252,13 @@ void UploadServer::send_packet(std::size_t index) {
   }
   const std::int32_t length =
       std::min(form_.pack_upload.position(), slot.file_size - slot.position);
-  const std::string packet =
-      slot.file->read(static_cast<std::uint64_t>(slot.position), static_cast<std::size_t>(length));
-  if (packet.size() < static_cast<std::size_t>(length)) {
+  slot.file->read_into(packet_, static_cast<std::uint64_t>(slot.position),
+                       static_cast<std::size_t>(length));
+  if (packet_.size() < static_cast<std::size_t>(length)) {
     end_upload(index, "Disconnected");  // the file shrank; its client was promised more
     throw PlatformError(Errc::input_past_end);
   }
-  connection.send_packet(packet);
+  connection.send_packet(packet_);
   last_sent_ms_ = loop_.now_ms();
   slot.position += length;
 }

@@ -80,6 +80,7 @@ class UploadServer : private ListenerEvents, private UploadConnectionEvents {
   std::vector<std::unique_ptr<UploadConnection>> connections_;  // slot i has connections_[i - 1]
   std::unique_ptr<Timer> upload_file_t_;
   std::unique_ptr<Listener> listener_;
+  std::string packet_;  // the one being sent; its memory serves one upload after the other
   std::int16_t active_uploads_ = 0;
   std::int64_t last_sent_ms_ = 0;  // when a header or a packet last left
 };

@@ -36,11 +36,11 @@ class WatchedFile : public File {
     may_fail(seam_);
     return file_->size();
   }
-  std::string read(std::uint64_t offset, std::size_t most) override {
+  void read_into(std::string& data, std::uint64_t offset, std::size_t most) override {
     machine_needs_memory();
     const InMachine side;
     may_fail(seam_);
-    return file_->read(offset, most);
+    file_->read_into(data, offset, most);
   }
   // A failing write may have written its beginning.
   void write(std::uint64_t offset, std::string_view data) override {

@@ -36,7 +36,7 @@ class DownloadClient::Element : public SocketEvents {
     if (entry != 0 && !finishing) client_.downl_Read(*this, data);
   }
   void on_disconnect() override {
-    if (entry != 0 && !finishing) return client_.peer_gone(*this);
+    if (entry != 0 && !finishing) return client_.no_more(*this, "Disconnected");
     socket.reset();
     farewell.reset();
   }
@@ -118,6 +118,7 @@ void DownloadClient::end(Element& element, const std::string& status) {
     record.bytes_received = std::min(record.bytes_received, element.start);
   }
   element.entry = 0;
+  if (element.finishing) std::erase(finishing_, &element);
   element.finishing = false;
   element.held.clear();
   element.socket.reset();
@@ -130,12 +131,12 @@ void DownloadClient::end(Element& element, const std::string& status) {
 }
 
 // Held bytes that are all the rest of the file were no message; others are asked for again.
-void DownloadClient::peer_gone(Element& element) {
+void DownloadClient::no_more(Element& element, const std::string& status) {
   const DownloadRecord& record = record_of(element);
   const bool all = record.file && !element.held.empty() &&
                    element.held.size() == record.exact_size() - record.file->position();
   if (all) guarded(element, [&] { write_block(element, std::exchange(element.held, {})); });
-  if (element.entry != 0 && !element.finishing) end(element, "Disconnected");
+  if (element.entry != 0 && !element.finishing) end(element, status);
 }
 
 void DownloadClient::close_all() {
@@ -163,7 +164,7 @@ void DownloadClient::timeout_downl_t_Timer(Element& element) { end(element, "Not
 
 void DownloadClient::silence_Timer(Element& element) {
   if (--record_of(element).activity > kActivityAtData - kDownloadSilenceS) return;
-  end(element, "No Data, Disconnecting");
+  no_more(element, "No Data, Disconnecting");
 }
 
 void DownloadClient::downl_Read(Element& element, std::string_view block) {

@@ -48,7 +48,7 @@ class DownloadClient {
 
   Element& free_element();
   void end(Element& element, const std::string& status);
-  void peer_gone(Element& element);
+  void no_more(Element& element, const std::string& status);
 
   // Events of one `downl` element.
   void downl_Connect(Element& element);

@@ -1,5 +1,6 @@
 #include "transfer/stop_message.h"
 
+#include <algorithm>
 #include <charconv>
 
 namespace velmora {
@@ -19,10 +20,12 @@ std::optional<std::string_view> text_after_mark(std::string_view rest) {
   return rest;
 }
 
+constexpr std::size_t kMostDigits = 4;
+constexpr std::size_t kLongest = kMark.size() + kMostDigits + 2 + kMaxStopText;
+
 // Whether this is the beginning of a message and not all of it.
 bool is_begun(std::string_view bytes) {
-  constexpr std::size_t kMostDigits = 4;
-  if (bytes.size() > kMark.size() + kMostDigits + 2 + kMaxStopText) return false;
+  if (bytes.size() > kLongest) return false;
   if (bytes.size() < kMark.size()) return kMark.starts_with(bytes);
   const std::string_view rest = bytes.substr(kMark.size());
   std::size_t count = 0;
@@ -48,7 +51,8 @@ std::optional<StopMessage> find_stop_message(std::string_view block) {
 }
 
 std::size_t begun_stop_message(std::string_view block) {
-  for (std::size_t at = block.find(kMark.front()); at != std::string_view::npos;
+  const std::size_t first = block.size() - std::min(block.size(), kLongest);
+  for (std::size_t at = block.find(kMark.front(), first); at != std::string_view::npos;
        at = block.find(kMark.front(), at + 1)) {
     if (is_begun(block.substr(at))) return at;
   }

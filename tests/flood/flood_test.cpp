@@ -120,6 +120,10 @@ void slow_uploads(FloodRig& rig) {
     std::size_t bytes = 0;
     while (!over && bytes < kSongBytes) bytes += line.receive().size();
     const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
+    const double kib_a_second = static_cast<double>(bytes) / 1024 / took.count();
+    if (long_seconds() > 0) {
+      EXPECT_GT(kib_a_second, 200) << "half of its pace";
+    }
     rig.note("a good download had " + std::to_string(bytes / 1024) + " KiB in " +
              std::to_string(took.count()) + " s of 400 KiB a second");
   });

@@ -217,17 +217,27 @@ TEST_F(DownloadTest, ASilentTransferEndsAfterTwoMinutes) {
 // The end of the file may look like the beginning of a stop message; the end of the connection
 // tells them apart.
 TEST_F(DownloadTest, BytesHeldBackAtTheEndAreOfTheFileOrAreAskedForAgain) {
-  for (const bool all : {true, false}) {
-    const std::string name = all ? "whole.mp3" : "half.mp3";
-    queue(name, 8);
+  struct Case {
+    const char* name;
+    const char* bytes;
+    bool closes;  // otherwise the peer says nothing more
+    const char* status;
+  };
+  for (const Case& c : {Case{"whole.mp3", "0123VelM", true, "Done"},
+                        Case{"half.mp3", "0123Vel", true, "Disconnected"},
+                        Case{"silent.mp3", "0123VelM", false, "Done"},
+                        Case{"unended.mp3", "0123Vel", false, "No Data, Disconnecting"}}) {
+    SCOPED_TRACE(c.name);
+    queue(c.name, 8);
     const std::size_t row = form_.ldown.rows();
     RawPeer& peer = resume();
-    send(peer, {header("8"), all ? "0123VelM" : "0123Vel"});
+    send(peer, {header("8"), c.bytes});
     EXPECT_EQ(entry(row).bytes_received, 4U);
-    peer.close();
-    world_.run_for(10);
-    EXPECT_EQ(status(row), all ? "Done" : "Disconnected");
-    EXPECT_EQ(files().content("/down/whole.mp3"), "0123VelM");
+    if (c.closes) peer.close();
+    world_.run_for(c.closes ? 10 : 120'010);
+    EXPECT_EQ(status(row), c.status);
+    const bool all = c.status == std::string_view("Done");
+    EXPECT_EQ(files().content(std::string("/down/") + c.name), all ? "0123VelM" : "");
     EXPECT_EQ(entry(row).bytes_received, all ? 8U : 4U);
     entry(row).state = 1;  // leaves it alone from now on
   }

@@ -1,5 +1,9 @@
 #include <gmock/gmock.h>
 
+#include <array>
+#include <random>
+
+#include "app/form_debug_log.h"
 #include "net/message_connections.h"
 #include "servent_rig.h"
 
@@ -207,6 +211,12 @@ TEST(MessageConnections, AFileRequestOnTheMessagePortIsLoggedOnly) {
   peer->send("GET /get/1/a HTTP\r\n\r\n");
   rig.world.run_for(10);
   EXPECT_EQ(rig.logged("Request a file of mine on msg port: GET /get/1/a HTTP\\x0D\\x0A"), 1);
+  peer->send("GET " + std::string(65'532, '\x1B'));
+  rig.world.run_for(10);
+  const std::string& shown = rig.form().frmDebug.text();
+  EXPECT_NE(shown.find("msg port: GET \\x1B\\x1B"), std::string::npos);
+  EXPECT_EQ(shown.find('\x1B'), std::string::npos);
+  EXPECT_LE(shown.size(), 5000U);
   EXPECT_EQ(peer->received(), "");
   EXPECT_EQ(rig.counter(rig.form().net_stat), "0");
 }
@@ -283,6 +293,27 @@ TEST(MessageConnections, ManyChunksShareATurn) {
   peers[0]->send("a short one");
   world.run_for(10);
   EXPECT_NE(servent.form().frmDebug.text().find("data < 23 bytes"), std::string::npos);
+}
+
+// A broadcast goes to these, however many slots have come and gone.
+TEST(MessageConnections, TheConnectedOnesAreThoseWhoseSlotsSaySo) {
+  SimWorld world;
+  Platform platform = world.add_host("10.0.0.1").platform();
+  Form form;
+  FormDebugLog log(form.frmDebug);
+  TrafficCounters counters;
+  RoutingTable routes;
+  MessageConnections connections(platform.loop, platform.network, form, log, counters, routes);
+  std::mt19937 random(5);
+  const std::array<std::int16_t, 4> states = {kOpening, kConnected, kClosing, kFreed};
+  for (int change = 0; change < 2000; ++change) {
+    connections.set_hosts_stat(1 + random() % 40, {.state = states[random() % states.size()]});
+    std::vector<std::size_t> expected;
+    for (std::size_t i = 1; i <= connections.connection_slots().upper_bound(); ++i) {
+      if (connections.connected(i)) expected.push_back(i);
+    }
+    ASSERT_THAT(connections.connected_ones(), testing::ElementsAreArray(expected)) << change;
+  }
 }
 
 TEST(Listeners, RefuseEqualPorts) {

@@ -153,6 +153,7 @@ TEST(Servent, KeepsACacheFileThatItCouldNotRead) {
     Servent servent(host.platform(), {});
     servent.start();
     host.files().fail_next(disk_fails ? 100 : 0, EIO);
+    servent.save();  // as when a desktop session ends
     servent.shutdown();
     host.files().fail_next(0, 0);
   };

@@ -5,6 +5,7 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QDesktopServices>
+#include <QDir>
 #include <QFile>
 #include <QLocalServer>
 #include <QLocalSocket>
@@ -14,11 +15,13 @@
 #include <QTextBrowser>
 #include <QUrl>
 
+#include "desktop/application.h"
 #include "desktop/running_servent.h"
 #include "platform/error.h"
 #include "ui/qt_message_boxes.h"
 #include "ui/qt_programs.h"
 #include "ui/qt_tray.h"
+#include "ui/widgets/text.h"
 
 namespace velmora::ui {
 namespace {
@@ -205,6 +208,32 @@ TEST(RunningServent, IsAskedToShowItsWindowAndNeverWaitedForLong) {
     EXPECT_EQ(times, 1) << i;
     EXPECT_EQ(line.contains("\"mnushow\""), table[i].listens) << i;
   }
+}
+
+TEST(Translation, IsFoundInADataFolderByTheDesktopsLanguage) {
+  // Of the context "form": "Resume" is "Weiter".
+  const auto compiled = QByteArray::fromBase64(
+      "PLhkGMrvnJXNIRy/YKG93acAAAACZGVCAAAACAWMrDUAAAAAaQAAACsDAAAADABXAGUAaQB0AGUAcggAAAAABgAAAAZS"
+      "ZXN1bWUHAAAABGZvcm0BiAAAAAIBAQ==");
+  const QTemporaryDir data;
+  const QByteArray before = qgetenv("XDG_DATA_HOME");
+  qputenv("XDG_DATA_HOME", QFile::encodeName(data.path()));
+  EXPECT_EQ(desktop::translation_into("de-AT"), nullptr);
+  ASSERT_TRUE(QDir(data.path()).mkpath("velmora/translations"));
+  const auto save = [&](const char* name, const QByteArray& bytes) {
+    QFile file(data.filePath("velmora/translations/") + name);
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
+  };
+  ASSERT_TRUE(save("velmora_de.qm", compiled));
+  ASSERT_TRUE(save("velmora_fr.qm", compiled.mid(1)));
+  EXPECT_EQ(desktop::translation_into("fr"), nullptr);
+  EXPECT_EQ(desktop::translation_into(""), nullptr);
+  const auto translation = desktop::translation_into("de-AT");
+  before.isNull() ? qunsetenv("XDG_DATA_HOME") : qputenv("XDG_DATA_HOME", before);
+  ASSERT_NE(translation, nullptr);
+  QCoreApplication::installTranslator(translation.get());
+  EXPECT_EQ(form_text("Resume"), "Weiter");
+  EXPECT_EQ(form_text("Pause"), "Pause");
 }
 
 }  // namespace

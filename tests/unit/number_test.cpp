@@ -9,6 +9,7 @@
 #include <string>
 
 #include "platform/error.h"
+#include "platform/field_number.h"
 
 namespace velmora {
 namespace {
@@ -199,6 +200,17 @@ TEST(Number, ThousandsPicture) {
     EXPECT_EQ(thousands(text), shown) << text;
   }
   EXPECT_EQ(thousands(4294967295.0), "4,294,967,295");
+}
+
+TEST(FieldNumber, FollowsTheText) {
+  FieldNumber field;
+  for (const auto& [text, number] :
+       {std::pair{"", 0.0}, {"7", 7.0}, {"7", 7.0}, {"70", 70.0}, {"x", 0.0}, {"7", 7.0}}) {
+    EXPECT_EQ(field.of(text), number) << text;
+  }
+  const std::string error = error_of([] { val("1e999"); });
+  for (int i = 0; i < 2; ++i) EXPECT_EQ(error_of([&] { field.of("1e999"); }), error);
+  EXPECT_EQ(field.of("7"), 7.0);
 }
 
 struct CommaPoint : std::numpunct<char> {

@@ -134,7 +134,7 @@ TEST(ProtocolDocument, SaysWhatTheDecodersRead) {
   NoLog log;
   for (const Lines& lines : blocks("descriptor")) {
     const Example example(lines);
-    const DescriptorHeader header = str_to_header(example.bytes, log);
+    const DescriptorHeader header = str_to_header(example.bytes);
     const std::string payload = example.bytes.substr(kHeaderSize);
     EXPECT_EQ(header.guid, example.text("guid"));
     EXPECT_EQ(header.payload_length, example.number("length"));

@@ -1,5 +1,6 @@
 #include "platform/sim/sim_files.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <utility>
 
@@ -32,10 +33,9 @@ class SimFile : public File {
     check();
     return file_->content.size();
   }
-  std::string read(std::uint64_t offset, std::size_t most) override {
+  void read_into(std::string& data, std::uint64_t offset, std::size_t most) override {
     check();
-    if (offset >= file_->content.size()) return {};
-    return file_->content.substr(offset, most);
+    data.assign(file_->content, std::min<std::uint64_t>(offset, file_->content.size()), most);
   }
   void write(std::uint64_t offset, std::string_view data) override {
     check_writable();

@@ -76,8 +76,7 @@ void UvConnection::stand(Handle<uv_tcp_t> tcp) {
     peer_port_ = peer.port;
   }
   local_port_ = local_end(descriptor_of(tcp_)).port;
-  outbox_ = std::make_unique<UvOutbox>(network_.loop(), as_stream(tcp_),
-                                       [this] { network_.flush_later(*this); });
+  outbox_.emplace(network_.loop(), as_stream(tcp_), [this] { network_.flush_later(*this); });
   update_reading();
 }
 
@@ -152,22 +151,33 @@ void UvConnection::tell_disconnect() {
 }
 
 void UvConnection::write(std::string_view data, bool alone) {
-  if (connected() && !fits(data.size())) flush();
-  if (connected() && !fits(data.size())) network_.make_room();
-  if (!connected()) throw PlatformError(Errc::not_connected);
-  if (!fits(data.size())) throw PlatformError(Errc::no_buffer_space);
+  if (!connected() || !fits(data.size())) make_room(data.size());
   outbox_->push(data, alone);
-  count_unsent();
-  if (unsent() >= kGatheredBytes) {
+  network_.unsent_changed(counted_unsent_, counted_unsent_ + data.size());
+  counted_unsent_ += data.size();
+  if (outbox_->unsent() >= kGatheredBytes) {
     flush();
-  } else {
+  } else if (!flush_planned_) {
     network_.flush_later(*this);
   }
 }
 
+void UvConnection::make_room(std::size_t bytes) {
+  if (connected()) flush();
+  if (connected() && !fits(bytes)) network_.make_room();
+  if (!connected()) throw PlatformError(Errc::not_connected);
+  if (!fits(bytes)) throw PlatformError(Errc::no_buffer_space);
+}
+
+// Of a connection that stands.
 bool UvConnection::fits(std::size_t bytes) const {
-  return bytes <= kMaxUnsentPerSocket && unsent() + bytes <= kMaxUnsentPerSocket &&
+  return bytes <= kMaxUnsentPerSocket && outbox_->unsent() + bytes <= kMaxUnsentPerSocket &&
          network_.unsent() + bytes <= kMaxUnsentTotal;
+}
+
+void UvConnection::flush_planned() {
+  flush_planned_ = false;
+  flush();
 }
 
 void UvConnection::flush() {
@@ -198,9 +208,7 @@ void UvConnection::write_failed() {
   });
 }
 
-std::size_t UvConnection::queued() const {
-  return outbox_ == nullptr || broken_ ? 0 : outbox_->unsent();
-}
+std::size_t UvConnection::queued() const { return !outbox_ || broken_ ? 0 : outbox_->unsent(); }
 
 std::size_t UvConnection::unacknowledged() const {
   if (!connected()) return 0;

@@ -6,8 +6,10 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "platform/network.h"
 #include "platform/uv/uv_dialer.h"
@@ -41,8 +43,9 @@ class UvConnection : public std::enable_shared_from_this<UvConnection> {
   [[nodiscard]] std::uint16_t peer_port() const { return peer_port_; }
   [[nodiscard]] std::uint16_t local_port() const { return local_port_; }
 
-  void count_unsent();         // brings the network's sum up to date
-  bool flush_planned = false;  // the network's mark
+  void count_unsent();  // brings the network's sum up to date
+  bool plan_flush() { return !std::exchange(flush_planned_, true); }  // false: it was planned
+  void flush_planned();
 
  private:
   enum class Phase { connecting, standing, parting, over };
@@ -57,26 +60,29 @@ class UvConnection : public std::enable_shared_from_this<UvConnection> {
   void write_failed();
   [[nodiscard]] std::size_t queued() const;
   [[nodiscard]] bool fits(std::size_t bytes) const;
+  void make_room(std::size_t bytes);
   void part();
   void send_end();
   void limit_parting(int ms);
   void over();
 
+  // First what every write touches, close together: a copy for each of a thousand connections costs
+  // what its memory costs.
   UvNetwork& network_;
   SocketEvents* events_;
   Phase phase_ = Phase::connecting;
-  std::string peer_address_;
-  std::uint16_t peer_port_ = 0;
-  std::uint16_t local_port_ = 0;
+  bool flush_planned_ = false;
+  bool broken_ = false;  // writing failed, and that was not told yet
+  std::size_t counted_unsent_ = 0;
+  std::optional<UvOutbox> outbox_;  // while it stands
 
   Handle<uv_tcp_t> tcp_;
   std::unique_ptr<UvDialer> dialer_;
-  std::unique_ptr<UvOutbox> outbox_;
-  std::size_t counted_unsent_ = 0;
-
+  std::string peer_address_;
+  std::uint16_t peer_port_ = 0;
+  std::uint16_t local_port_ = 0;
   bool reading_ = true;
   bool read_started_ = false;
-  bool broken_ = false;            // writing failed, and that was not told yet
   bool disconnect_waits_ = false;  // for events to be told to
   bool peer_ended_ = false;
   bool end_sent_ = false;

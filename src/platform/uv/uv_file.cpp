@@ -20,10 +20,9 @@ std::uint64_t UvFile::size() const {
   return static_cast<std::uint64_t>(status.st_size);
 }
 
-std::string UvFile::read(std::uint64_t offset, std::size_t most) {
+void UvFile::read_into(std::string& data, std::uint64_t offset, std::size_t most) {
   const std::uint64_t whole = size();
-  if (offset >= whole) return {};
-  std::string data(std::min<std::uint64_t>(most, whole - offset), '\0');
+  data.resize(offset < whole ? std::min<std::uint64_t>(most, whole - offset) : 0);
   std::size_t filled = 0;
   while (filled < data.size()) {
     const ssize_t count = checked([&] {
@@ -34,7 +33,6 @@ std::string UvFile::read(std::uint64_t offset, std::size_t most) {
     filled += static_cast<std::size_t>(count);
   }
   data.resize(filled);
-  return data;
 }
 
 void UvFile::write(std::uint64_t offset, std::string_view data) {

@@ -18,7 +18,7 @@ class UvFile : public File {
   explicit UvFile(Descriptor file) : file_(std::move(file)) {}
 
   [[nodiscard]] std::uint64_t size() const override;
-  std::string read(std::uint64_t offset, std::size_t most) override;
+  void read_into(std::string& data, std::uint64_t offset, std::size_t most) override;
   void write(std::uint64_t offset, std::string_view data) override;
   void truncate(std::uint64_t size) override;
   void sync() override;

@@ -1,5 +1,6 @@
 #include "platform/uv/uv_loop.h"
 
+#include <sys/prctl.h>
 #include <uv.h>
 
 #include <algorithm>
@@ -16,6 +17,7 @@ namespace velmora::uv {
 namespace {
 
 constexpr std::uint64_t kNanosecondsPerMillisecond = 1'000'000;
+constexpr unsigned long kTimerSlack_ns = 1000;
 
 struct Posted {
   std::uint64_t turn;
@@ -55,6 +57,7 @@ struct UvLoop::Parts {
   bool work_waits = false;  // something was begun since the system was last asked
   std::unique_ptr<char[]> buffer;
   std::size_t buffer_size = 0;
+  UvSpareBuffers spare_buffers;
   std::deque<Posted> posted;
 };
 
@@ -100,6 +103,9 @@ void UvLoop::Parts::end_turn() const {
 
 UvLoop::UvLoop() {
   std::signal(SIGPIPE, SIG_IGN);  // a vanished peer is an error of the write, not of the process
+  // By default the system lets every wait end 0.05 ms late to save wake-ups, of which an interval
+  // of 1 ms loses one tick in twenty.
+  prctl(PR_SET_TIMERSLACK, kTimerSlack_ns, 0, 0, 0);
   tzset();
   parts_ = std::make_unique<Parts>();
 }
@@ -188,6 +194,8 @@ void UvLoop::request_turn() {
 }
 
 void UvLoop::work_begun() { parts_->work_waits = true; }
+
+UvSpareBuffers& UvLoop::spare_buffers() { return parts_->spare_buffers; }
 
 std::span<char> UvLoop::read_buffer(std::size_t least) {
   if (parts_->buffer_size < least) {

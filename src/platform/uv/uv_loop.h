@@ -10,6 +10,7 @@
 #include <span>
 
 #include "platform/event_loop.h"
+#include "platform/uv/uv_spare_buffers.h"
 
 struct uv_loop_s;
 
@@ -60,6 +61,7 @@ class UvLoop : public EventLoop {
   void work_begun();
   // One buffer for all reads, of at least this size; what it holds is valid until the next read.
   std::span<char> read_buffer(std::size_t least);
+  UvSpareBuffers& spare_buffers();  // for what is written
 
  private:
   struct Parts;

@@ -90,16 +90,15 @@ std::shared_ptr<UvConnection> UvNetwork::make_connection(SocketEvents* events) {
 }
 
 void UvNetwork::flush_later(UvConnection& connection) {
-  if (std::exchange(connection.flush_planned, true)) return;
+  if (!connection.plan_flush()) return;
   planned_.push_back(connection.shared_from_this());
   loop_.work_begun();
 }
 
 void UvNetwork::on_turn_end() {
-  for (const auto& connection : std::exchange(planned_, {})) {
-    connection->flush_planned = false;
-    connection->flush();
-  }
+  leaving_.swap(planned_);  // those that are held plan to be flushed again
+  for (const auto& connection : leaving_) connection->flush_planned();
+  leaving_.clear();
 }
 
 void UvNetwork::make_room() {

@@ -67,6 +67,7 @@ class UvNetwork : public Network, private TurnEnd {
   mutable std::int64_t primary_until_ms_ = 0;
   std::unordered_map<UvConnection*, std::shared_ptr<UvConnection>> connections_;
   std::vector<std::shared_ptr<UvConnection>> planned_;
+  std::vector<std::shared_ptr<UvConnection>> leaving_;  // being flushed
   std::size_t listeners_ = 0;
   std::size_t unsent_ = 0;
 };

@@ -30,7 +30,7 @@ struct UvOutbox::Request {
 };
 
 UvOutbox::UvOutbox(UvLoop& loop, uv_stream_t* stream, std::function<void()> on_taken)
-    : loop_(loop), stream_(stream), on_taken_(std::move(on_taken)) {}
+    : stream_(stream), loop_(loop), spares_(loop.spare_buffers()), on_taken_(std::move(on_taken)) {}
 
 UvOutbox::~UvOutbox() {
   if (in_flight_ != nullptr) in_flight_->outbox = nullptr;
@@ -38,32 +38,39 @@ UvOutbox::~UvOutbox() {
 
 void UvOutbox::push(std::string_view data, bool alone) {
   if (data.empty() || failed_) return;
-  if (alone || segments_.empty() || segments_.back().alone) {
-    segments_.push_back({std::string(data), alone});
+  if (alone) {
+    gather();
+    segments_.push_back({std::string(data), true});
   } else {
-    segments_.back().bytes += data;
+    if (gathered_.empty()) gathered_ = spares_.take();
+    gathered_ += data;
   }
   bytes_ += data.size();
+}
+
+// What is gathered becomes a segment.
+void UvOutbox::gather() {
+  if (gathered_.empty()) return;
+  segments_.push_back({std::string(), false});
+  segments_.back().bytes.swap(gathered_);
 }
 
 UvOutbox::Left UvOutbox::flush() {
   while (!failed_) {
     if (in_flight_ != nullptr) return Left::waits;
-    if (segments_.empty()) return Left::all;
-    if (hold_ && hold_->enabled()) return Left::held;
-    if (segments_.front().alone && last_left_in_ == loop_.turn()) {
+    if (bytes_ == 0) return Left::all;
+    if (hold_) return Left::held;
+    if (!segments_.empty() && segments_.front().alone && last_left_in_ == loop_.turn()) {
       loop_.request_turn();
       return Left::held;
     }
-    const std::string& bytes = segments_.front().bytes;
-    const uv_buf_t buffer = buffer_over(bytes.data(), bytes.size());
+    Segment segment = take_first();
+    const uv_buf_t buffer = buffer_over(segment.bytes.data(), segment.bytes.size());
     const int result = uv_try_write(stream_, &buffer, 1);
     if (result < 0 && result != UV_EAGAIN) return fail();
     const std::size_t sent = result < 0 ? 0 : static_cast<std::size_t>(result);
-    Segment segment = std::move(segments_.front());
-    segments_.pop_front();
-    bytes_ -= segment.bytes.size();
     if (sent == segment.bytes.size()) {
+      spares_.give(std::move(segment.bytes));
       left(segment.alone);
     } else if (!send_waiting(std::move(segment), sent)) {
       return fail();
@@ -72,8 +79,18 @@ UvOutbox::Left UvOutbox::flush() {
   return Left::failed;
 }
 
-std::size_t UvOutbox::unsent() const {
-  return bytes_ + (in_flight_ == nullptr ? 0 : uv_stream_get_write_queue_size(stream_));
+// An idle connection keeps no memory for what it sent.
+UvOutbox::Segment UvOutbox::take_first() {
+  Segment first{std::string(), false};
+  if (segments_.empty()) {
+    first.bytes.swap(gathered_);
+  } else {
+    first = std::move(segments_.front());
+    segments_.erase(segments_.begin());
+    if (segments_.empty()) segments_.shrink_to_fit();
+  }
+  bytes_ -= first.bytes.size();
+  return first;
 }
 
 bool UvOutbox::send_waiting(Segment segment, std::size_t sent) {
@@ -87,6 +104,7 @@ bool UvOutbox::send_waiting(Segment segment, std::size_t sent) {
       uv_write(&request->write, stream_, &buffer, 1, [](uv_write_t* write, int status) noexcept {
         const std::unique_ptr<Request> done(static_cast<Request*>(write->data));
         if (done->outbox != nullptr) {
+          done->outbox->spares_.give(std::move(done->segment.bytes));
           done->outbox->taken(status, done->segment.alone);
         }
       });
@@ -99,18 +117,17 @@ bool UvOutbox::send_waiting(Segment segment, std::size_t sent) {
 void UvOutbox::left(bool alone) {
   last_left_in_ = loop_.turn();
   if (!alone) return;
-  if (!hold_) {
-    hold_ = loop_.make_timer(kHoldMs, [this] {
-      hold_->set_enabled(false);
-      on_taken_();
-    });
-  }
+  hold_ = loop_.make_timer(kHoldMs, [this] {
+    hold_.reset();
+    on_taken_();
+  });
   hold_->set_enabled(true);
 }
 
 UvOutbox::Left UvOutbox::fail() {
   failed_ = true;
   segments_.clear();
+  gathered_.clear();
   bytes_ = 0;
   return Left::failed;
 }

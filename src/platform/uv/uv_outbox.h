@@ -6,14 +6,15 @@
 #include <uv.h>
 
 #include <cstdint>
-#include <deque>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/event_loop.h"
+#include "platform/uv/uv_spare_buffers.h"
 
 namespace velmora::uv {
 
@@ -39,7 +40,10 @@ class UvOutbox {
   };
   Left flush();
 
-  [[nodiscard]] std::size_t unsent() const;  // bytes that the kernel has not taken
+  // Bytes that the kernel has not taken.
+  [[nodiscard]] std::size_t unsent() const {
+    return bytes_ + (in_flight_ == nullptr ? 0 : uv_stream_get_write_queue_size(stream_));
+  }
 
  private:
   struct Segment {
@@ -48,20 +52,24 @@ class UvOutbox {
   };
   struct Request;
 
+  void gather();
+  Segment take_first();
   bool send_waiting(Segment segment, std::size_t sent);
   void left(bool alone);
   Left fail();
   void taken(int status, bool alone);
 
-  UvLoop& loop_;
-  uv_stream_t* stream_;
-  std::function<void()> on_taken_;
-  std::deque<Segment> segments_;
-  std::size_t bytes_ = 0;  // in segments_
+  std::string gathered_;   // leaves behind the segments
+  std::size_t bytes_ = 0;  // in both
   Request* in_flight_ = nullptr;
+  uv_stream_t* stream_;
+  bool failed_ = false;
+  UvLoop& loop_;
+  UvSpareBuffers& spares_;
+  std::vector<Segment> segments_;  // in the order in which they leave
+  std::function<void()> on_taken_;
   std::optional<std::uint64_t> last_left_in_;  // the turn
   std::unique_ptr<Timer> hold_;                // runs while what follows a lone string waits
-  bool failed_ = false;
 };
 
 }  // namespace velmora::uv

@@ -1,0 +1,33 @@
+// The identifier in a descriptor's header: always sixteen bytes, at no cost in memory beyond them.
+// What is assigned to it is brought to that width: cut, or filled with blanks. It knows nothing of
+// how identifiers are made or where they were seen.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <string_view>
+
+namespace velmora {
+
+inline constexpr std::size_t kGuidSize = 16;
+
+class GuidBytes {
+ public:
+  GuidBytes() { bytes_.fill(' '); }
+  GuidBytes& operator=(std::string_view bytes) {
+    bytes_.fill(' ');
+    bytes.copy(bytes_.data(), kGuidSize);
+    return *this;
+  }
+  operator std::string_view() const { return {bytes_.data(), kGuidSize}; }
+
+  bool operator==(const GuidBytes&) const = default;
+  friend bool operator==(const GuidBytes& guid, std::string_view bytes) {
+    return std::string_view(guid) == bytes;
+  }
+
+ private:
+  std::array<char, kGuidSize> bytes_;
+};
+
+}  // namespace velmora
