@@ -41,7 +41,8 @@ void pong_into_cache(benchmark::State& state, bool known) {
   const FilterArray filter = private_addresses();
   CountingLog log;
   HostCache cache(loop, filter, log);
-  const DescriptorHeader header{.function = kPong, .ttl = 3, .hops = 2, .payload_length = 14};
+  const DescriptorHeader header{
+      .guid = {}, .function = kPong, .ttl = 3, .hops = 2, .payload_length = 14};
   for (std::size_t i = 0; i < kMaxCacheHosts; ++i) {
     cache.set_cache_stat(header, pong_of(address_of(i)), 1);
   }

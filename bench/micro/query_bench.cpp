@@ -57,18 +57,22 @@ const NameIndex& index_of_names() {
 const std::vector<std::string>& upper_names() {
   static const std::vector<std::string> upper = [] {
     std::vector<std::string> made;
-    for (const std::string& name : names()) made.push_back(upper_cased(name));
+    for (const std::string& name : names()) {
+      made.push_back(name);
+      make_upper_case(made.back());
+    }
     return made;
   }();
   return upper;
 }
 
 std::vector<std::size_t> scanned(std::string_view query) {
-  const auto words = search_words(std::string(query));
+  SearchWords cut;
+  const auto words = cut.of(query);
   std::vector<std::size_t> found;
   for (std::size_t i = 0; i < upper_names().size() && found.size() < kLimit; ++i) {
     bool all = true;
-    for (const std::string& word : words) {
+    for (const std::string_view word : words) {
       all = all && upper_names()[i].find(word) != std::string::npos;
     }
     if (all) found.push_back(i + 1);
@@ -102,7 +106,9 @@ class SqliteNames {
   sqlite3_stmt* prepare_query(std::string_view query) {
     std::string match;
     std::vector<std::string> likes;
-    for (const std::string& word : search_words(std::string(query))) {
+    SearchWords cut;
+    for (const std::string_view found : cut.of(query)) {
+      const std::string word(found);
       if (word.size() >= 3) {
         match += (match.empty() ? "\"" : " AND \"") + word + "\"";
       } else if (!word.empty()) {
@@ -159,7 +165,8 @@ std::string_view query_of(benchmark::State& state) {
 void velmora_index(benchmark::State& state) {
   const std::string_view query = query_of(state);
   const auto answer = [&] {
-    return index_of_names().find(search_words(std::string(query)), kLimit).names;
+    SearchWords cut;
+    return index_of_names().find(cut.of(query), kLimit).names;
   };
   if (answer() != scanned(query)) state.SkipWithError("other names than the scan's");
   for (auto _ : state) benchmark::DoNotOptimize(answer());
