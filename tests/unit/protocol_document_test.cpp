@@ -193,7 +193,8 @@ TEST(ProtocolDocument, ShowsAReplyAndAStopMessageThatADownloadReads) {
   EXPECT_EQ(parse_http_reply(reply).content_length, 2000000U);
 
   const Lines frame = blocks("stop").at(0);
-  const auto stop = find_stop_message(frame.at(0) + "\r\n" + frame.at(1));
+  const std::string block = frame.at(0) + "\r\n" + frame.at(1);
+  const auto stop = find_stop_message(block);
   ASSERT_TRUE(stop);
   EXPECT_EQ(stop->text, frame.at(1));
 }
