@@ -227,7 +227,15 @@ void set_from_text(Control& control, const std::string& text) {
     if (result.ec == std::errc() && result.ptr == end) value = number;
   };
   with_kind(control, Overloaded{flag, [&](Slider& slider) { whole_number(slider); },
-                                [&](OptionGroup& group) { whole_number(group); }, [](Control&) {}});
+                                [&](OptionGroup& group) {
+                                  whole_number(group);
+                                  for (int i = group.first(); i <= group.last(); ++i) {
+                                    if (lower(text) == lower(group.option(i))) {
+                                      value = std::int64_t{i};
+                                    }
+                                  }
+                                },
+                                [](Control&) {}});
   set_value(control, value);
 }
 

@@ -1,5 +1,6 @@
 #include "app/servent.h"
 
+#include "app/behaviour_choice.h"
 #include "app/colour_chooser.h"
 #include "app/control_socket.h"
 #include "app/control_verbs.h"
@@ -81,6 +82,8 @@ struct Servent::Parts {
 
   Form form;
   FormDebugLog log{form.frmDebug};
+  Behaviour behaviour;
+  BehaviourChoice behaviour_choice{form, behaviour};
   TrappedLoop loop;
   Platform platform;
   ServentOptions options;

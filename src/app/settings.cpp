@@ -45,7 +45,10 @@ void carry(Pass& pass, AnyForm& form) {
   pass("hosts", "max_in", form.max_in_host);  // not the "max_in" of "upload"
   pass("hosts", "showdns", form.show_dns);
   pass("view", "showtraffic", form.traffic_view);
+  pass.behaviour();
 }
+
+constexpr const char* kBehaviour = "behaviour";
 
 std::string flag_text(bool flag) { return flag ? "1" : "0"; }
 
@@ -75,6 +78,16 @@ struct Loading {
     form.totalfilter_config.set_text(fmt::format("{}", filters));
     if (filters == 0) seed_default_filters(form);
     rebuild_filter_array(form, filter);
+  }
+  // A profile by name stands for its switches, those added to the program later included.
+  void behaviour() {
+    const std::string profile = store.read(kBehaviour, "profile", "");
+    for (int known : {kClassicProfile, kOverlayProfile}) {
+      if (profile == form.behaviour.option(known)) return form.behaviour.choose(known);
+    }
+    for (std::size_t i = 0; i < kBehaviourSwitches.size(); ++i) {
+      (*this)(kBehaviour, kBehaviourSwitches[i].name, form.behaviour_boxes[i]);
+    }
   }
   // Returns how many there were before the first that is empty.
   int load_list(const char* name, ComboList& list) const {
@@ -108,6 +121,14 @@ struct Saving {
     store.delete_section("config2");  // no numbered key of a longer list may stay behind
     save_list("uppath", form.upload_config.items());
     save_list("cachefilter", form.cachefilter_config.items());
+  }
+  void behaviour() {
+    store.delete_section(kBehaviour);
+    store.write(kBehaviour, "profile", form.behaviour.option(form.behaviour.chosen()));
+    if (form.behaviour.chosen() != kOwnChoice) return;
+    for (std::size_t i = 0; i < kBehaviourSwitches.size(); ++i) {
+      (*this)(kBehaviour, kBehaviourSwitches[i].name, form.behaviour_boxes[i]);
+    }
   }
   void save_list(const char* name, const std::vector<std::string>& items) {
     for (std::size_t i = 1; i <= items.size(); ++i) {

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "cli/behaviour_verbs.h"
 #include "cli/cache_verbs.h"
 #include "cli/context.h"
 #include "cli/discovery_verbs.h"
@@ -114,6 +115,7 @@ int run(int argc, char** argv) {
   add_search_verbs(app, context);
   add_download_verbs(app, context);
   add_share_verbs(app, context);
+  add_behaviour_verbs(app, context);
   add_watch_verb(app, context);
   add_generic_verbs(app, context);
   try {

@@ -14,6 +14,12 @@
 namespace velmora::cli {
 namespace {
 
+bool is_address_part(char c) {
+  return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '.';
+}
+
+}  // namespace
+
 std::string lower(std::string_view text) {
   std::string out(text);
   std::transform(out.begin(), out.end(), out.begin(), [](char c) {
@@ -21,12 +27,6 @@ std::string lower(std::string_view text) {
   });
   return out;
 }
-
-bool is_address_part(char c) {
-  return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '.';
-}
-
-}  // namespace
 
 nlohmann::json value_for(std::string_view kind, const std::string& text) {
   const std::string plain = lower(kind);

@@ -15,6 +15,9 @@ namespace velmora::cli {
 // for a check box, a number for a slider or an option group, else the text. Raises a Failure.
 nlohmann::json value_for(std::string_view kind, const std::string& text);
 
+// Letters of ASCII without capitals.
+std::string lower(std::string_view text);
+
 // A value that a control gave, as text; the items of a list on a line each.
 std::string value_text(const nlohmann::json& value);
 

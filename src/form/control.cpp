@@ -118,6 +118,11 @@ OptionGroup::OptionGroup(ControlRegistry& form, std::string name, Page page, std
       first_(first),
       chosen_(chosen) {}
 
+const std::string& OptionGroup::option(int number) const {
+  if (number < first() || number > last()) out_of_range();
+  return options_[static_cast<std::size_t>(number - first_)];
+}
+
 void OptionGroup::choose(int number) {
   if (number < first() || number > last()) out_of_range();
   if (number != chosen_) {

@@ -103,6 +103,7 @@ class OptionGroup : public Control {
   [[nodiscard]] int first() const { return first_; }
   [[nodiscard]] int last() const { return first_ + static_cast<int>(options_.size()) - 1; }
   [[nodiscard]] const std::vector<std::string>& options() const { return options_; }
+  [[nodiscard]] const std::string& option(int number) const;  // outside: as choose()
   void choose(int number);  // outside first() to last(): "Subscript out of range"
   void accept(ControlVisitor& visitor) override;
 

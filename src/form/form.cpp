@@ -11,6 +11,7 @@ Form::Form()
       DownloadPage(static_cast<ControlRegistry&>(*this)),
       SearchPage(static_cast<ControlRegistry&>(*this)),
       ConfigurationPage(static_cast<ControlRegistry&>(*this)),
+      BehaviourFrame(static_cast<ControlRegistry&>(*this)),
       HostsPage(static_cast<ControlRegistry&>(*this)),
       SmallWindows(static_cast<ControlRegistry&>(*this)) {}
 

@@ -6,6 +6,7 @@
 
 #include "form/control.h"
 #include "form/control_registry.h"
+#include "form/pages/behaviour_frame.h"
 #include "form/pages/configuration_page.h"
 #include "form/pages/download_page.h"
 #include "form/pages/hosts_page.h"
@@ -27,6 +28,7 @@ class Form : public ControlRegistry,
              public DownloadPage,
              public SearchPage,
              public ConfigurationPage,
+             public BehaviourFrame,
              public HostsPage,
              public SmallWindows {
  public:

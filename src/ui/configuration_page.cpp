@@ -1,5 +1,6 @@
 #include "ui/configuration_page.h"
 
+#include <QCheckBox>
 #include <QFormLayout>
 #include <QGridLayout>
 #include <QGroupBox>
@@ -13,6 +14,7 @@
 #include "ui/widgets/form_binding.h"
 #include "ui/widgets/form_button.h"
 #include "ui/widgets/line_edit.h"
+#include "ui/widgets/option_buttons.h"
 #include "ui/widgets/picture_box.h"
 #include "ui/widgets/progress_line.h"
 #include "ui/widgets/value_label.h"
@@ -28,7 +30,8 @@ ConfigurationPage::ConfigurationPage(Form& form, FormBinding& bind, QWidget* par
   frames->addWidget(make_about(), 2, 1);
   frames->setColumnStretch(0, 1);
   frames->setColumnStretch(1, 1);
-  frames->setRowStretch(3, 1);
+  frames->addWidget(make_behaviour(), 3, 0, 1, 2);
+  frames->setRowStretch(4, 1);
 }
 
 QWidget* ConfigurationPage::make_folders() {
@@ -104,6 +107,20 @@ QWidget* ConfigurationPage::make_colours() {
   grid->addWidget(small_button(bind_.button(form_.color_help)), 1, 2);
   grid->setColumnStretch(3, 1);
   return framed(tr("Colors"), grid);
+}
+
+QWidget* ConfigurationPage::make_behaviour() {
+  constexpr int kColumns = 4;
+  auto* column = new QVBoxLayout;
+  column->addLayout(in_line({bind_.options(form_.behaviour), nullptr}));
+  auto* grid = new QGridLayout;
+  int number = 0;
+  for (BehaviourBox& box : form_.behaviour_boxes) {
+    grid->addWidget(bind_.check_box(box), number / kColumns, number % kColumns);
+    ++number;
+  }
+  column->addLayout(grid);
+  return framed(tr("Behaviour"), column);
 }
 
 QWidget* ConfigurationPage::make_about() {

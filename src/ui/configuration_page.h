@@ -23,6 +23,7 @@ class ConfigurationPage final : public QWidget {
   QWidget* make_ports();
   QWidget* make_hosts();
   QWidget* make_colours();
+  QWidget* make_behaviour();
   QWidget* make_about();
   QLayout* make_creatures();
 
