@@ -25,6 +25,7 @@
 #include "net/host_cache.h"
 #include "net/host_discovery.h"
 #include "net/host_list.h"
+#include "net/local_servents.h"
 #include "net/message_connections.h"
 #include "net/originator.h"
 #include "net/router.h"
@@ -61,8 +62,15 @@ std::string joined(std::initializer_list<std::string> texts) {
 struct Servent::Parts {
   Parts(Platform machine, ServentOptions wishes)
       : loop(machine.loop, log),
-        platform{loop,         machine.network,  machine.files,   machine.boxes,
-                 machine.tray, machine.programs, machine.control, machine.dns},
+        platform{loop,
+                 machine.network,
+                 machine.files,
+                 machine.boxes,
+                 machine.tray,
+                 machine.programs,
+                 machine.control,
+                 machine.dns,
+                 machine.local_services},
         options(std::move(wishes)),
         store(platform.files, options.settings_path),
         control(form, platform.loop, platform.control, [this] { end_program(); }) {
@@ -73,6 +81,9 @@ struct Servent::Parts {
       downloads.redraw();
     };
     host_cache.on_change = [this] { results.display_soon(); };
+    behaviour_choice.on_change = [this] {
+      if (running) local_servents.update();
+    };
     form.mnuexit.on_click = [this] { end_program(); };
   }
 
@@ -98,7 +109,7 @@ struct Servent::Parts {
   TrafficCounters counters;
   RoutingTable routes;
 
-  HostCache host_cache{platform.loop, cache_filter, log};
+  HostCache host_cache{platform.loop, cache_filter, log, behaviour};
   CacheList cache_list{form, host_cache};
   CacheCommands cache_commands{form, platform.boxes, host_cache, cache_list, cache_filter};
   DnsLookups dns_lookups{platform.dns, form};
@@ -112,6 +123,8 @@ struct Servent::Parts {
   Originator originator{platform.loop, form, log, connections, routes, counters, search_slots};
   HostDiscovery discovery{form,       log,        connections,
                           originator, host_cache, [this] { dns_update.dns_auto_update(); }};
+  LocalServents local_servents{
+      platform.loop, platform.local_services, form, log, connections, host_cache, behaviour};
   AutoConnector auto_connector{platform.loop, form, log, connections, host_cache};
 
   Replies replies{connections, counters, GetGUID(platform.loop.local_time())};
@@ -203,6 +216,7 @@ Servent::Started Servent::start() {
   p.platform.tray.add(p.form.frmMain.caption());
   p.refresh.start();
   p.dns_update.start();
+  p.local_servents.update();
   trap(p.log, "control_socket: ", [&] { p.control.open(); });
   return Started::yes;
 }
@@ -219,6 +233,7 @@ void Servent::shutdown() {
   step([&] { p.refresh.stop(); });
   step([&] { p.scan.stop(); });
   step([&] { p.auto_connector.stop(); });
+  step([&] { p.local_servents.stop(); });
   step([&] { p.connections.close_all(); });
   step([&] { p.uploads.shutdown(); });
   step([&] { p.download_client.close_all(); });

@@ -155,9 +155,7 @@ void Save_settings(const Form& form, SettingsStore& store, DebugLog& log) {
 void seed_default_filters(Form& form) {
   ComboList& list = form.cachefilter_config;
   if (!list.items().empty()) return;
-  list.add("10.");
-  for (int second = 16; second <= 31; ++second) list.add(fmt::format("172.{}.", second));
-  list.add("192.168.");
+  for (std::string& range : private_addresses()) list.add(std::move(range));
   form.totalfilter_config.set_text(fmt::format("{}", list.items().size()));
 }
 

@@ -1,12 +1,30 @@
 #include "net/address_filter.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 
 namespace velmora {
+namespace {
 
-bool is_filtered(const FilterArray& filter, std::string_view address) {
-  return std::any_of(filter.begin(), filter.end(),
-                     [&](const std::string& entry) { return address.starts_with(entry); });
+bool is_private(const std::string& entry) {
+  const std::vector<std::string> ranges = private_addresses();
+  return std::find(ranges.begin(), ranges.end(), entry) != ranges.end();
+}
+
+}  // namespace
+
+std::vector<std::string> private_addresses() {
+  std::vector<std::string> ranges = {"10."};
+  for (int second = 16; second <= 31; ++second) ranges.push_back(fmt::format("172.{}.", second));
+  ranges.emplace_back("192.168.");
+  return ranges;
+}
+
+bool is_filtered(const FilterArray& filter, std::string_view address, const Behaviour& behaviour) {
+  return std::any_of(filter.begin(), filter.end(), [&](const std::string& entry) {
+    return address.starts_with(entry) && !(behaviour.local_network && is_private(entry));
+  });
 }
 
 void rebuild_filter_array(const Form& form, FilterArray& filter) {

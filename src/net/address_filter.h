@@ -5,15 +5,22 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "form/form.h"
+#include "platform/behaviour.h"
 #include "platform/one_based.h"
 
 namespace velmora {
 
 using FilterArray = OneBased<std::string>;
 
-bool is_filtered(const FilterArray& filter, std::string_view address);
+// The ranges that no host outside a private network has; a filter begins with these.
+std::vector<std::string> private_addresses();
+
+// The entries for private addresses do not count while servents of the local network are wanted.
+bool is_filtered(const FilterArray& filter, std::string_view address,
+                 const Behaviour& behaviour = kClassic);
 
 // Copies the filter list into the array.
 void rebuild_filter_array(const Form& form, FilterArray& filter);

@@ -24,13 +24,14 @@ CacheHost host_of(const DescriptorHeader& header, const Pong& pong, std::size_t 
 
 }  // namespace
 
-HostCache::HostCache(const EventLoop& loop, const FilterArray& filter, DebugLog& log)
-    : loop_(loop), filter_(filter), log_(log) {}
+HostCache::HostCache(const EventLoop& loop, const FilterArray& filter, DebugLog& log,
+                     const Behaviour& behaviour)
+    : loop_(loop), filter_(filter), log_(log), behaviour_(behaviour) {}
 
 void HostCache::set_cache_stat(const DescriptorHeader& header, const Pong& pong,
                                std::size_t connection) {
   trap(log_, "Error: set_cache_stat: ", [&] {
-    if (is_filtered(filter_, pong.address)) return;
+    if (is_filtered(filter_, pong.address, behaviour_)) return;
     // Everything that can fail to convert does so before any row moves.
     CacheHost host = host_of(header, pong, connection);
     host.date_ponged = loop_.local_time();

@@ -37,8 +37,9 @@ struct CacheHost {
 
 class HostCache : public PongIntake {
  public:
-  // The filter is read for every pong; none of the three is owned.
-  HostCache(const EventLoop& loop, const FilterArray& filter, DebugLog& log);
+  // The filter is read for every pong; none of the four is owned.
+  HostCache(const EventLoop& loop, const FilterArray& filter, DebugLog& log,
+            const Behaviour& behaviour = kClassic);
 
   // The host becomes row 1, unless the filter keeps it out. Traps its errors ("Error:
   // set_cache_stat: ") and then leaves everything as it was.
@@ -74,6 +75,7 @@ class HostCache : public PongIntake {
   const EventLoop& loop_;
   const FilterArray& filter_;
   DebugLog& log_;
+  const Behaviour& behaviour_;
 
   // The hosts in the order of their last pong, oldest first. A host that pongs again leaves a gap
   // behind and is put at the end; the gaps are closed once they are as many as the hosts.

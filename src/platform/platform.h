@@ -8,6 +8,7 @@
 #include "platform/dns_client.h"
 #include "platform/event_loop.h"
 #include "platform/files.h"
+#include "platform/local_services.h"
 #include "platform/message_boxes.h"
 #include "platform/network.h"
 
@@ -22,6 +23,7 @@ struct Platform {
   ProgramStarter& programs;
   ControlChannel& control;
   DnsClient& dns;
+  LocalServices* local_services = nullptr;  // may be missing
 };
 
 }  // namespace velmora

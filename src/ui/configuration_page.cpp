@@ -26,11 +26,11 @@ ConfigurationPage::ConfigurationPage(Form& form, FormBinding& bind, QWidget* par
   frames->addWidget(make_folders(), 0, 0, 1, 2);
   frames->addWidget(make_ports(), 1, 0);
   frames->addWidget(make_hosts(), 1, 1);
-  frames->addWidget(make_colours(), 2, 0);
-  frames->addWidget(make_about(), 2, 1);
+  frames->addWidget(make_behaviour(), 2, 0, 1, 2);
+  frames->addWidget(make_colours(), 3, 0);
+  frames->addWidget(make_about(), 3, 1);
   frames->setColumnStretch(0, 1);
   frames->setColumnStretch(1, 1);
-  frames->addWidget(make_behaviour(), 3, 0, 1, 2);
   frames->setRowStretch(4, 1);
 }
 

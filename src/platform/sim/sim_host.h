@@ -4,6 +4,7 @@
 #include <string>
 
 #include "platform/sim/sim_dns_client.h"
+#include "platform/sim/sim_local_services.h"
 #include "platform/sim/sim_loop.h"
 #include "platform/sim/sim_network.h"
 #include "platform/sim/sim_world.h"
@@ -25,6 +26,7 @@ struct SimHost::Parts {
   SimScreen screen;
   SimControl control;
   SimDnsClient dns;
+  SimLocalServices local_services;
 };
 
 }  // namespace velmora::sim

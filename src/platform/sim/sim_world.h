@@ -18,6 +18,7 @@
 #include "platform/sim/sim_control.h"
 #include "platform/sim/sim_dns_client.h"
 #include "platform/sim/sim_files.h"
+#include "platform/sim/sim_local_services.h"
 #include "platform/sim/sim_screen.h"
 
 namespace velmora::sim {
@@ -66,6 +67,7 @@ class SimHost {
   SimScreen& screen();    // message boxes, tray icon, program starter: recorded and scripted
   SimControl& control();  // the control socket: a test speaks as its clients
   SimDnsClient& dns();    // names of addresses by script
+  SimLocalServices& local_services();  // what is found on the local network, by script
 
  private:
   friend class SimWorld;

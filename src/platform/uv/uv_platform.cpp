@@ -11,6 +11,7 @@
 #include "platform/uv/uv_directory.h"
 #include "platform/uv/uv_dns_client.h"
 #include "platform/uv/uv_files.h"
+#include "platform/uv/uv_local_services.h"
 #include "platform/uv/uv_network.h"
 
 namespace velmora::uv {
@@ -41,6 +42,7 @@ struct UvPlatform::Parts {
   UvNetwork network;
   UvControlChannel control;
   UvDnsClient dns;
+  UvLocalServices local_services{loop};
   ConsoleScreen screen;
 };
 
@@ -56,8 +58,8 @@ UvPlatform::~UvPlatform() {
 }
 
 Platform UvPlatform::platform() {
-  return {parts_->loop,   parts_->network, parts_->files,   parts_->screen,
-          parts_->screen, parts_->screen,  parts_->control, parts_->dns};
+  return {parts_->loop,   parts_->network, parts_->files, parts_->screen,         parts_->screen,
+          parts_->screen, parts_->control, parts_->dns,   &parts_->local_services};
 }
 
 UvLoop& UvPlatform::loop() { return parts_->loop; }
