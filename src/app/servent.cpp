@@ -178,7 +178,8 @@ Form& Servent::form() { return parts_->form; }
 const TrafficHistory& Servent::traffic_history() const { return parts_->refresh.traffic_history(); }
 
 ServentParts Servent::parts() const {
-  return {parts_->connections, parts_->routes, parts_->downloads, parts_->uploads};
+  return {parts_->connections, parts_->routes,  parts_->downloads,
+          parts_->uploads,     parts_->results, parts_->counters};
 }
 
 Servent::Started Servent::start() {

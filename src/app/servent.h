@@ -26,7 +26,9 @@ struct ServentOptions {
 class DownloadList;
 class MessageConnections;
 class RoutingTable;
+class SearchResults;
 class UploadServer;
+struct TrafficCounters;
 
 // The parts of a running servent that a checker looks at beside its form.
 struct ServentParts {
@@ -34,6 +36,8 @@ struct ServentParts {
   const RoutingTable& routes;
   const DownloadList& downloads;
   const UploadServer& uploads;
+  const SearchResults& results;
+  const TrafficCounters& counters;
 };
 
 class Servent {

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "simulator/scenario.h"
+#include "simulator/search_trial.h"
 
 namespace {
 
@@ -46,6 +47,31 @@ bool run(const ScenarioOptions& options, Totals& totals) {
   return false;
 }
 
+// The table of the manual: each TTL with all servents Classic, half of them, and none.
+int print_trial(velmora::simulator::TrialOptions options) {
+  std::printf(
+      "%zu servents, %zu connections and %zu files each, %zu searches a line, seed %llu\n\n",
+      options.servents, options.degree, options.files, options.searches,
+      static_cast<unsigned long long>(options.seed));
+  std::printf("| TTL | profile | found | messages a search | first hit after |\n");
+  std::printf("|---|---|---|---|---|\n");
+  for (const int ttl : {3, 5, 7}) {
+    for (const int overlay : {0, 50, 100}) {
+      options.ttl = ttl;
+      options.overlay = options.servents * static_cast<std::size_t>(overlay) / 100;
+      const velmora::simulator::TrialResult result = velmora::simulator::run_search_trial(options);
+      std::printf("| %d | %s | %.1f %% | %.0f | %.0f ms |\n", ttl,
+                  overlay == 0     ? "Classic"
+                  : overlay == 100 ? "Overlay"
+                                   : "half of them Overlay",
+                  100.0 * static_cast<double>(result.found) / static_cast<double>(result.searches),
+                  result.messages, result.first_hit_ms);
+      std::fflush(stdout);
+    }
+  }
+  return EXIT_SUCCESS;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -77,11 +103,22 @@ int main(int argc, char** argv) {
       ->transform(CLI::CheckedTransformer(plants()));
   app.add_flag("--no-memory-faults{false}", options.allocation_faults,
                "Never let a servent's request for memory fail");
+  velmora::simulator::TrialOptions trial;
+  CLI::App* search_trial = app.add_subcommand(
+      "search-trial", "Count what searches find in an overlay, under Classic and under Overlay");
+  search_trial->add_option("--servents", trial.servents, "Servents of the overlay")
+      ->capture_default_str()
+      ->check(CLI::Range(10, 200));
+  search_trial->add_option("--searches", trial.searches, "Searches for each line of the table")
+      ->capture_default_str()
+      ->check(CLI::Range(1, 100000));
+  search_trial->add_option("--seed", trial.seed, "What chance decides")->capture_default_str();
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? EXIT_SUCCESS : kWrongCommandLine;
   }
+  if (search_trial->parsed()) return print_trial(trial);
   if (one != 0) {
     first = one;
     seeds = 1;
