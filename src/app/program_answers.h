@@ -5,8 +5,8 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
-#include <utility>
 
+#include "app/servent_identifier.h"
 #include "form/control.h"
 #include "net/dns_names.h"
 #include "net/message_connections.h"
@@ -59,20 +59,21 @@ class NamesOf : public NamedRecords {
 // How query hits leave: over the message connections, counted.
 class Replies : public ReplyChannel {
  public:
-  Replies(MessageConnections& connections, TrafficCounters& counters, std::string servent_guid)
-      : connections_(connections), counters_(counters), servent_guid_(std::move(servent_guid)) {}
+  Replies(MessageConnections& connections, TrafficCounters& counters,
+          const ServentIdentifier& identifier)
+      : connections_(connections), counters_(counters), identifier_(identifier) {}
 
   void send_reply(std::size_t connection, std::string_view descriptor) override {
     connections_.msgwrite(connection, descriptor);
   }
   [[nodiscard]] std::string local_address() const override { return connections_.local_address(); }
-  [[nodiscard]] const std::string& servent_guid() const override { return servent_guid_; }
+  [[nodiscard]] const std::string& servent_guid() const override { return identifier_.guid(); }
   void count_query_hit_sent() override { counters_.query_hits_sent += 1; }
 
  private:
   MessageConnections& connections_;
   TrafficCounters& counters_;
-  std::string servent_guid_;
+  const ServentIdentifier& identifier_;
 };
 
 // How queries reach the shared files.

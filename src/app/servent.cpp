@@ -10,6 +10,7 @@
 #include "app/listeners.h"
 #include "app/picture_game.h"
 #include "app/program_answers.h"
+#include "app/servent_identifier.h"
 #include "app/settings.h"
 #include "app/settings_store.h"
 #include "app/small_window_commands.h"
@@ -32,6 +33,7 @@
 #include "platform/trap.h"
 #include "protocol/conversions.h"
 #include "protocol/framing.h"
+#include "protocol/identifiers.h"
 #include "share/query_answering.h"
 #include "share/shared_index.h"
 #include "share/shared_scan.h"
@@ -62,33 +64,32 @@ std::string joined(std::initializer_list<std::string> texts) {
 struct Servent::Parts {
   Parts(Platform machine, ServentOptions wishes)
       : loop(machine.loop, log),
-        platform{loop,
-                 machine.network,
-                 machine.files,
-                 machine.boxes,
-                 machine.tray,
-                 machine.programs,
-                 machine.control,
-                 machine.dns,
-                 machine.local_services},
+        platform{loop,           machine.network,       machine.files,   machine.boxes,
+                 machine.tray,   machine.programs,      machine.control, machine.dns,
+                 machine.random, machine.local_services},
         options(std::move(wishes)),
         store(platform.files, options.settings_path),
         control(form, platform.loop, platform.control, [this] { end_program(); }) {
     log.echo = options.echo_log;
     connections.deliver_to(framing);
+    behaviour_choice.on_change = [this] { behaviour_changed(); };
     refresh.also = [this] {
       uploads.refresh();
       downloads.redraw();
     };
     host_cache.on_change = [this] { results.display_soon(); };
-    behaviour_choice.on_change = [this] {
-      if (running) local_servents.update();
-    };
     form.mnuexit.on_click = [this] { end_program(); };
   }
 
   void end_program() {
     if (request_exit) request_exit();
+  }
+
+  // For what does more than look at its switch when it needs it.
+  void behaviour_changed() {
+    connections.behaviour_changed();
+    identifier.behaviour_changed();
+    if (running) local_servents.update();
   }
 
   Form form;
@@ -118,19 +119,23 @@ struct Servent::Parts {
   DnsScan dns_scan{platform.loop, form, host_cache, dns_lookups, log};
   SearchSlots search_slots{form};
   SharedIndex shared_index;
-  MessageConnections connections{platform.loop, platform.network, form, log, counters, routes};
+  MessageConnections connections{platform.loop, platform.network, form,     log,
+                                 counters,      routes,           behaviour};
   HostList host_list{form, connections};
-  Originator originator{platform.loop, form, log, connections, routes, counters, search_slots};
+  Identifiers identifiers{platform.loop, platform.random, behaviour};
+  Originator originator{identifiers, form, log, connections, routes, counters, search_slots};
   HostDiscovery discovery{form,       log,        connections,
                           originator, host_cache, [this] { dns_update.dns_auto_update(); }};
   LocalServents local_servents{
       platform.loop, platform.local_services, form, log, connections, host_cache, behaviour};
   AutoConnector auto_connector{platform.loop, form, log, connections, host_cache};
 
-  Replies replies{connections, counters, GetGUID(platform.loop.local_time())};
+  ServentIdentifier identifier{GetGUID(platform.loop.local_time()), platform.files, platform.random,
+                               log, behaviour};
+  Replies replies{connections, counters, identifier};
   QueryAnswering answering{shared_index, form, replies, log};
   Answers answers{answering};
-  SharedScan scan{platform, form, shared_index, log};
+  SharedScan scan{platform, form, shared_index, log, behaviour};
   UploadServer uploads{platform, form, shared_index, client_names, log};
 
   SearchResults results{platform.loop, form, log, host_names,
@@ -154,8 +159,9 @@ struct Servent::Parts {
                            {&connection_names, &download_names, &upload_names, &result_names}};
 
   Router router{
-      form, log, connections, routes, counters, originator, {host_cache, answers, results}};
-  Framing framing{router, log};
+      form,     log, connections, routes, counters, originator, {host_cache, answers, results},
+      behaviour};
+  Framing framing{router, log, behaviour};
 
   ListRefresh refresh{platform.loop, form, connections, counters};
   Listeners listeners{form, platform.boxes, connections, uploads};

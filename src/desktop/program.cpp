@@ -51,7 +51,7 @@ void Program::start_servent() {
   const Platform machine = platform_.platform();
   servent_ = std::make_unique<Servent>(
       Platform{machine.loop, machine.network, machine.files, boxes_, tray_, programs_,
-               machine.control, machine.dns, machine.local_services},
+               machine.control, machine.dns, machine.random, machine.local_services},
       options());
   tray_.attach(servent_->form());
   if (servent_->start() == Servent::Started::already_running) {

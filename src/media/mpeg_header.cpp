@@ -101,6 +101,10 @@ int frequency_of(unsigned key) {
 
 }  // namespace
 
+int mpeg_bitrate(unsigned version_bit, unsigned layer_bits, unsigned bitrate_index) {
+  return bitrate_table.at((version_bit * 4 | layer_bits) + bitrate_index * kColumns) * 1000;
+}
+
 void Get_mp3_info(std::string_view start, Mp3Info& info, DebugLog& log) {
   trap(log, "Get_mp3_info: ", [&] {
     const HeaderBytes header = find_header(start.substr(0, kMpegBytesRead));
@@ -109,9 +113,7 @@ void Get_mp3_info(std::string_view start, Mp3Info& info, DebugLog& log) {
     const unsigned bitrate_index = header.first & 15U;
     // Kept: not shifted down, so that only frequency index 0 is ever found in the table.
     const unsigned frequency_bits = header.second & 192U;
-    const std::int32_t last_bitrate =
-        bitrate_table.at((version_key | layer_bits) + bitrate_index * kColumns) * 1000;
-    info.bitrate = decimal_text(last_bitrate);
+    info.bitrate = decimal_text(mpeg_bitrate(version_key / 4, layer_bits, bitrate_index));
     info.frequency = decimal_text(frequency_of(version_key | frequency_bits));
   });
 }

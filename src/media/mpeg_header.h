@@ -11,6 +11,10 @@ namespace velmora {
 
 inline constexpr std::size_t kMpegBytesRead = 4096;
 
+// Bit/s by what a frame header says: version bit 1 for MPEG-1, 0 for those behind it; layer bits 1,
+// 2, 3 for Layer III, II, I; bit-rate index 0 to 15. 0 where there is no such rate.
+int mpeg_bitrate(unsigned version_bit, unsigned layer_bits, unsigned bitrate_index);
+
 // Plain decimal texts: Hz and bit/s.
 struct Mp3Info {
   std::string frequency;

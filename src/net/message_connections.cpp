@@ -26,13 +26,15 @@ constexpr std::string_view kWelcome = "GNUTELLA OK\n\n";
 }  // namespace
 
 MessageConnections::MessageConnections(EventLoop& loop, Network& network, Form& form, DebugLog& log,
-                                       TrafficCounters& counters, RoutingTable& routes)
+                                       TrafficCounters& counters, RoutingTable& routes,
+                                       const Behaviour& behaviour)
     : loop_(loop),
       network_(network),
       form_(form),
       log_(log),
       counters_(counters),
       routes_(routes),
+      behaviour_(behaviour),
       opening_check_(loop.make_timer(kOpeningCheck_ms, [this] { end_old_openings(); })) {}
 
 MessageConnections::~MessageConnections() { *alive_ = false; }
@@ -237,6 +239,13 @@ void MessageConnections::recount() {
   }
 }
 
+void MessageConnections::behaviour_changed() {
+  if (behaviour_.whole_descriptors) return;
+  for (const auto& element : elements_) {
+    if (element) element->pending.clear();
+  }
+}
+
 void MessageConnections::close_all() {
   *alive_ = false;
   opening_check_->set_enabled(false);
@@ -290,13 +299,15 @@ void MessageConnections::msg_Read(std::size_t index, std::string_view data) {
   const bool good = trap(log_, "msg_Read: ", [&] {
     MessageSocket& element = *elements_.at(index);
     counters_.bytes_received += static_cast<double>(data.size());
-    if (data == kHello) {
+    // Within a descriptor no chunk is anything but a part of it.
+    const bool in_step = element.pending.in_step();
+    if (in_step && data == kHello) {
       element.socket->write_alone(kWelcome);
       counters_.bytes_sent += static_cast<double>(kWelcome.size());
       connection_stands(index, "IN");
-    } else if (data == kWelcome) {
+    } else if (in_step && data == kWelcome) {
       connection_stands(index, "OUT");
-    } else if (data.starts_with("GET ")) {
+    } else if (in_step && data.starts_with("GET ")) {
       log_.debug_log("Request a file of mine on msg port: " + std::string(data));
     } else {
       if (element.timeout_msg_t) {
@@ -306,10 +317,19 @@ void MessageConnections::msg_Read(std::size_t index, std::string_view data) {
       ConnectionSlot& slot = slots_.at(index);
       slot.silence_ticks = 0;
       slot.status = "Connected";
-      hand_over(index, data, true);
+      deliver(index, data);
     }
   });
   if (!good) drop_rest(index);
+}
+
+// Kept: a chunk is framed as it comes, what is not whole at its end is lost.
+void MessageConnections::deliver(std::size_t index, std::string_view data) {
+  if (!behaviour_.whole_descriptors) return hand_over(index, data, true);
+  std::string joined;  // outlives the element, which the handling may end
+  const std::string_view whole =
+      elements_.at(index)->pending.complete(data, loop_.now_ms(), joined);
+  if (!whole.empty()) hand_over(index, whole, true);
 }
 
 // The framing handles some descriptors of a chunk at a time, and all chunks together get a few
@@ -439,6 +459,7 @@ void MessageConnections::free_msg_socket(std::size_t index) {
   routes_.clear_routes(index);
   const auto& element = elements_.at(index);
   if (!element) return;
+  element->pending.clear();
   waiting_bytes_ -= element->rest.size();
   element->rest.clear();                       // what waits in line is found to be gone
   element->free_msgsock_t->set_enabled(true);  // one that is on goes on

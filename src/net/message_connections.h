@@ -19,6 +19,7 @@
 #include "net/message_socket.h"
 #include "net/routing_table.h"
 #include "net/traffic_counters.h"
+#include "platform/behaviour.h"
 #include "platform/debug_log.h"
 #include "platform/one_based.h"
 #include "platform/platform.h"
@@ -39,7 +40,8 @@ inline constexpr std::size_t kMaxConnections = 32767;
 class MessageConnections : public ListenerEvents, private MessageSocketOwner {
  public:
   MessageConnections(EventLoop& loop, Network& network, Form& form, DebugLog& log,
-                     TrafficCounters& counters, RoutingTable& routes);
+                     TrafficCounters& counters, RoutingTable& routes,
+                     const Behaviour& behaviour = kClassic);
   ~MessageConnections() override;
 
   // The framing that is given every chunk of descriptor data; set once, before anything connects.
@@ -85,6 +87,9 @@ class MessageConnections : public ListenerEvents, private MessageSocketOwner {
   [[nodiscard]] std::int16_t count_in() const { return count_in_; }
   [[nodiscard]] std::int16_t count_out() const { return count_out_; }
 
+  // A switch moved: what waits for whole descriptors is let go of when they are not wanted.
+  void behaviour_changed();
+
   // Unloads every socket in use.
   void close_all();
 
@@ -113,6 +118,7 @@ class MessageConnections : public ListenerEvents, private MessageSocketOwner {
   void timeout_msg_t_Timer(std::size_t index);
   void free_msgsock_t_Timer(std::size_t index);
 
+  void deliver(std::size_t index, std::string_view data);
   void hand_over(std::size_t index, std::string_view data, bool first);
   std::size_t cut(std::size_t index, std::string_view data, bool first);
   void keep_rest(MessageSocket& element, std::string_view rest);
@@ -134,6 +140,7 @@ class MessageConnections : public ListenerEvents, private MessageSocketOwner {
   DebugLog& log_;
   TrafficCounters& counters_;
   RoutingTable& routes_;
+  const Behaviour& behaviour_;
   Framing* framing_ = nullptr;
   std::unique_ptr<Listener> listener_;
   OneBased<ConnectionSlot> slots_{kMaxConnections};

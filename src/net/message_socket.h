@@ -11,6 +11,7 @@
 
 #include "platform/event_loop.h"
 #include "platform/network.h"
+#include "protocol/pending_bytes.h"
 
 namespace velmora {
 
@@ -46,6 +47,8 @@ class MessageSocket : public SocketEvents {
   std::size_t rest_done = 0;
   bool rest_begun = false;  // some of the chunk was handled
   bool in_line = false;     // and nothing more is read meanwhile
+  // A descriptor that is not whole yet, where they are waited for.
+  PendingBytes pending;
 
  private:
   MessageSocketOwner& owner_;

@@ -2,7 +2,6 @@
 
 #include "platform/number.h"
 #include "platform/trap.h"
-#include "protocol/conversions.h"
 #include "protocol/payloads.h"
 
 namespace velmora {
@@ -15,9 +14,10 @@ double shown_number(const Label& label) {
 
 }  // namespace
 
-Originator::Originator(EventLoop& loop, Form& form, DebugLog& log, MessageConnections& connections,
-                       RoutingTable& routes, TrafficCounters& counters, SearchMemory& searches)
-    : loop_(loop),
+Originator::Originator(const Identifiers& identifiers, Form& form, DebugLog& log,
+                       MessageConnections& connections, RoutingTable& routes,
+                       TrafficCounters& counters, SearchMemory& searches)
+    : identifiers_(identifiers),
       form_(form),
       log_(log),
       connections_(connections),
@@ -35,7 +35,7 @@ DescriptorHeader Originator::new_header(std::uint8_t function, std::string_view 
 
 void Originator::send_ping(std::size_t connection) {
   trap(log_, "Error: send_ping ", [&] {
-    const DescriptorHeader header = new_header(kPing, GetGUID(loop_.local_time()));
+    const DescriptorHeader header = new_header(kPing, identifiers_.next());
     Route route{.connection = to_int16(static_cast<double>(connection)),
                 .function = kPing,
                 .origin_mark = kOurOwn};
@@ -65,7 +65,7 @@ void Originator::send_pong(std::size_t connection, const DescriptorHeader& ping)
 
 void Originator::send_query(const std::string& search_text) {
   trap(log_, "Error: send_query: ", [&] {
-    DescriptorHeader header = new_header(kQuery, GetGUID(loop_.local_time()));
+    DescriptorHeader header = new_header(kQuery, identifiers_.next());
     // Kept: the servent asks for hosts at least as fast as itself.
     const std::string payload = query_to_str(to_int16(val(form_.speed_config.text())), search_text);
     header.payload_length = to_single(static_cast<double>(payload.size()));

@@ -12,14 +12,15 @@
 #include "net/questions.h"
 #include "net/routing_table.h"
 #include "net/traffic_counters.h"
-#include "platform/event_loop.h"
+#include "protocol/identifiers.h"
 
 namespace velmora {
 
 class Originator : public QuerySender {
  public:
-  Originator(EventLoop& loop, Form& form, DebugLog& log, MessageConnections& connections,
-             RoutingTable& routes, TrafficCounters& counters, SearchMemory& searches);
+  Originator(const Identifiers& identifiers, Form& form, DebugLog& log,
+             MessageConnections& connections, RoutingTable& routes, TrafficCounters& counters,
+             SearchMemory& searches);
 
   void send_ping(std::size_t connection);
   void send_pong(std::size_t connection, const DescriptorHeader& ping);
@@ -28,7 +29,7 @@ class Originator : public QuerySender {
  private:
   [[nodiscard]] DescriptorHeader new_header(std::uint8_t function, std::string_view guid) const;
 
-  EventLoop& loop_;
+  const Identifiers& identifiers_;
   Form& form_;
   DebugLog& log_;
   MessageConnections& connections_;

@@ -27,7 +27,8 @@ std::string_view payload_of(const DescriptorHeader& header, std::string_view dat
 }  // namespace
 
 Router::Router(Form& form, DebugLog& log, MessageConnections& connections, RoutingTable& routes,
-               TrafficCounters& counters, Originator& originator, Neighbours neighbours)
+               TrafficCounters& counters, Originator& originator, Neighbours neighbours,
+               const Behaviour& behaviour)
     : form_(form),
       log_(log),
       connections_(connections),
@@ -35,6 +36,7 @@ Router::Router(Form& form, DebugLog& log, MessageConnections& connections, Routi
       counters_(counters),
       originator_(originator),
       neighbours_(neighbours),
+      behaviour_(behaviour),
       recent_queries_(form.lview, form.traffic_view),
       unknown_log_(form.frmUnknown) {}
 
@@ -72,7 +74,7 @@ void Router::got_pong(const DescriptorHeader& header, std::string_view data,
     if (refuse(header.payload_length != kPongLength, connection)) return;
     counters_.pongs_in += 1;
     Pong pong;
-    if (str_to_pong(payload_of(header, data), pong, log_)) {
+    if (str_to_pong(payload_of(header, data), pong, log_, behaviour_)) {
       neighbours_.pongs.set_cache_stat(header, pong, connection);
     }
     Route route{.connection = as_route_index(connection), .function = kPong};
@@ -108,8 +110,8 @@ void Router::got_query_reply(const DescriptorHeader& header, std::string_view da
     if (refuse(header.payload_length > kMaxQueryHitLength, connection)) return;
     counters_.query_hits_in += 1;
     // Kept: every hit is for us, whatever query it answers, and none is passed on.
-    neighbours_.hits.set_query_reply_view(
-        str_to_query_reply(header, data.substr(std::min(kHeaderSize, data.size())), log_));
+    neighbours_.hits.set_query_reply_view(str_to_query_reply(
+        header, data.substr(std::min(kHeaderSize, data.size())), log_, behaviour_));
   });
 }
 

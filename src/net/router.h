@@ -16,6 +16,7 @@
 #include "net/routing_table.h"
 #include "net/traffic_counters.h"
 #include "net/unknown_log.h"
+#include "platform/behaviour.h"
 #include "platform/field_number.h"
 #include "protocol/framing.h"
 
@@ -32,7 +33,8 @@ class Router : public DescriptorHandlers {
   };
 
   Router(Form& form, DebugLog& log, MessageConnections& connections, RoutingTable& routes,
-         TrafficCounters& counters, Originator& originator, Neighbours neighbours);
+         TrafficCounters& counters, Originator& originator, Neighbours neighbours,
+         const Behaviour& behaviour = kClassic);
 
   void count_received(std::size_t connection) override;
   void got_ping(const DescriptorHeader& header, std::string_view data,
@@ -64,6 +66,7 @@ class Router : public DescriptorHandlers {
   TrafficCounters& counters_;
   Originator& originator_;
   Neighbours neighbours_;
+  const Behaviour& behaviour_;
   RecentQueries recent_queries_;
   UnknownLog unknown_log_;
   FieldNumber maximum_ttl_;

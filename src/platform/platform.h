@@ -11,6 +11,7 @@
 #include "platform/local_services.h"
 #include "platform/message_boxes.h"
 #include "platform/network.h"
+#include "platform/random_source.h"
 
 namespace velmora {
 
@@ -23,6 +24,7 @@ struct Platform {
   ProgramStarter& programs;
   ControlChannel& control;
   DnsClient& dns;
+  RandomSource& random = no_random_source();
   LocalServices* local_services = nullptr;  // may be missing
 };
 

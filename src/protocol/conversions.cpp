@@ -1,5 +1,7 @@
 #include "protocol/conversions.h"
 
+#include <charconv>
+
 #include "platform/error.h"
 #include "platform/number.h"
 #include "platform/trap.h"
@@ -44,7 +46,8 @@ std::string Word_to_Str(std::int16_t value) {
   return {as_char(bits), as_char(static_cast<unsigned>(bits) >> 8U)};
 }
 
-std::int16_t Str_to_Word(std::string_view bytes) {
+std::int16_t Str_to_Word(std::string_view bytes, const Behaviour& behaviour) {
+  if (behaviour.any_port) return to_port(byte_at(bytes, 1) * 256.0 + byte_at(bytes, 0));
   // Kept: the product is a signed 16-bit number, so ports of 32768 and more cannot be decoded.
   return to_int16(to_int16(byte_at(bytes, 1) * 256.0) + byte_at(bytes, 0));
 }
@@ -111,6 +114,20 @@ std::string guid_text(std::string_view guid) {
     text += kHex[byte % 16];
   }
   return text;
+}
+
+std::string text_to_guid(std::string_view text) {
+  text = text.substr(0, text.find_last_not_of(" \t\r\n") + 1);
+  if (text.size() != 3 * kGuidSize - 1) return {};
+  std::string guid;
+  for (std::size_t at = 0; at < text.size(); at += 3) {
+    unsigned byte = 0;
+    const char* const end = text.data() + at + 2;
+    if (std::from_chars(text.data() + at, end, byte, 16).ptr != end) return {};
+    if (end != text.data() + text.size() && *end != '-') return {};
+    guid += as_char(byte);
+  }
+  return guid;
 }
 
 }  // namespace velmora

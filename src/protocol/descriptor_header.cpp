@@ -15,6 +15,14 @@ std::string header_to_str(const DescriptorHeader& header, DebugLog& log) {
   return bytes;
 }
 
+std::uint32_t declared_length(std::string_view bytes) {
+  std::uint32_t length = 0;
+  for (std::size_t offset = kHeaderSize; offset-- > 19;) {
+    length = length << 8U | static_cast<std::uint8_t>(bytes[offset]);
+  }
+  return length;
+}
+
 DescriptorHeader str_to_header(std::string_view bytes) {
   if (bytes.size() < kHeaderSize) throw PlatformError(Errc::invalid_call);
   const auto byte_at = [bytes](std::size_t offset) {
@@ -25,8 +33,7 @@ DescriptorHeader str_to_header(std::string_view bytes) {
   header.function = byte_at(16);
   header.ttl = byte_at(kTtlOffset);
   header.hops = byte_at(kHopsOffset);
-  std::uint32_t length = 0;
-  for (std::size_t offset = kHeaderSize; offset-- > 19;) length = length << 8U | byte_at(offset);
+  const std::uint32_t length = declared_length(bytes);
   header.payload_length = length > kMaxPayloadLength ? -1 : static_cast<float>(length);
   return header;
 }

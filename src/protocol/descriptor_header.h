@@ -34,6 +34,8 @@ struct DescriptorHeader {
 
 // 23 bytes; any other result writes "Error: header_to_str: wrong length" and is returned as it is.
 std::string header_to_str(const DescriptorHeader& header, DebugLog& log);
+// The payload length in a header of at least 23 bytes, good or bad.
+std::uint32_t declared_length(std::string_view bytes);
 // Fewer than 23 bytes raise "Invalid procedure call or argument".
 DescriptorHeader str_to_header(std::string_view bytes);
 

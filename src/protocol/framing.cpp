@@ -4,6 +4,7 @@
 
 #include "platform/trap.h"
 #include "protocol/payloads.h"
+#include "protocol/pending_bytes.h"
 
 namespace velmora {
 
@@ -19,10 +20,13 @@ std::size_t Framing::Format_in_data(std::string_view data, std::size_t connectio
       handlers_.count_received(connection);
       const DescriptorHeader header = str_to_header(rest);
       if (header.payload_length < 0) {
-        log_.debug_log("Format_in_data: Bad header length, Drop " + std::to_string(rest.size()) +
+        // Kept: what is behind it in the chunk is dropped with it.
+        const std::size_t dropped =
+            behaviour_.whole_descriptors ? std::min(believed_size(rest), rest.size()) : rest.size();
+        log_.debug_log("Format_in_data: Bad header length, Drop " + std::to_string(dropped) +
                        " Bytes!");
-        done = data.size();
-        return;
+        done += dropped;
+        continue;
       }
       dispatch(header, rest, connection);
       // Kept: the declared length is never compared with what is there.
@@ -44,7 +48,7 @@ void Framing::dispatch(const DescriptorHeader& header, std::string_view data,
       return handlers_.got_query(header, data, connection);
     case kQueryHit:
       // Kept: decoded once from its header on and thrown away, for the line that this writes.
-      str_to_query_reply(header, data, log_);
+      str_to_query_reply(header, data, log_, behaviour_);
       return handlers_.got_query_reply(header, data, connection);
     case kPush:
       return handlers_.got_push(header, data, connection);

@@ -1,12 +1,14 @@
 // Cuts the bytes of one data-arrival event into descriptors and hands each to its handler. Kept:
-// framing is per chunk, nothing is held between two events. It knows connections by index only, and
-// neither reads nor forwards anything itself.
+// framing is per chunk, nothing is held between two events; where whole descriptors are wanted the
+// chunk is what PendingBytes makes of the stream. It knows connections by index only, and neither
+// reads nor forwards anything itself.
 #pragma once
 
 #include <cstddef>
 #include <string>
 #include <string_view>
 
+#include "platform/behaviour.h"
 #include "platform/debug_log.h"
 #include "protocol/descriptor_header.h"
 
@@ -34,7 +36,8 @@ inline constexpr int kDescriptorsPerTurn = 64;
 
 class Framing {
  public:
-  Framing(DescriptorHandlers& handlers, DebugLog& log) : handlers_(handlers), log_(log) {}
+  Framing(DescriptorHandlers& handlers, DebugLog& log, const Behaviour& behaviour = kClassic)
+      : handlers_(handlers), log_(log), behaviour_(behaviour) {}
 
   // Handles at most so many descriptors of the chunk. Returns how many bytes of it are
   // done with: all of them, or fewer when the rest is to be offered again with `first` false.
@@ -46,6 +49,7 @@ class Framing {
 
   DescriptorHandlers& handlers_;
   DebugLog& log_;
+  const Behaviour& behaviour_;
 };
 
 }  // namespace velmora

@@ -45,14 +45,14 @@ std::string pong_to_str(const Pong& pong, DebugLog& log) {
          Dword_to_Str(pong.kilobytes);
 }
 
-bool str_to_pong(std::string_view payload, Pong& pong, DebugLog& log) {
+bool str_to_pong(std::string_view payload, Pong& pong, DebugLog& log, const Behaviour& behaviour) {
   if (static_cast<float>(payload.size()) != kPongLength) {
     log.debug_log("Error: str_to_pong: length wrong, no header please");
   }
   const char* field = "";
   const std::string error = trapped("", [&] {
     field = "Port ";
-    pong.port = Str_to_Word(payload);
+    pong.port = Str_to_Word(payload, behaviour);
     field = "IP ";
     pong.address = dotted_address(from(payload, 2));
     field = "Files ";
@@ -86,15 +86,15 @@ std::string query_reply_to_str(const QueryHit& hit, DebugLog& log) {
   return bytes;
 }
 
-QueryHit str_to_query_reply(const DescriptorHeader& header, std::string_view payload,
-                            DebugLog& log) {
+QueryHit str_to_query_reply(const DescriptorHeader& header, std::string_view payload, DebugLog& log,
+                            const Behaviour& behaviour) {
   QueryHit hit;
   char stage = '1';
   const std::string error = trapped("", [&] {
     std::string_view rest =
         payload.substr(0, static_cast<std::size_t>(std::max(header.payload_length, 0.0F)));
     const std::size_t claimed = hit.hits = first_byte(rest);
-    hit.port = Str_to_Word(from(rest, 1));
+    hit.port = Str_to_Word(from(rest, 1), behaviour);
     hit.address = dotted_address(from(rest, 3));
     hit.speed = to_single(Str_to_Dword(from(rest, 7), log));
     rest = from(rest, 11);

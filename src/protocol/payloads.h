@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/behaviour.h"
 #include "platform/debug_log.h"
 #include "protocol/descriptor_header.h"
 
@@ -44,14 +45,15 @@ std::string pong_to_str(const Pong& pong, DebugLog& log);
 // Takes exactly the payload. Traps its errors ("Error: str_to_pong: " and the field); what was read
 // before one is kept. Returns whether none ended the reading: a count that is cut short is 0, with
 // a line of its own.
-bool str_to_pong(std::string_view payload, Pong& pong, DebugLog& log);
+bool str_to_pong(std::string_view payload, Pong& pong, DebugLog& log,
+                 const Behaviour& behaviour = kClassic);
 
 // Traps its errors ("Query_reply_to_str: ") and then returns what was encoded so far.
 std::string query_reply_to_str(const QueryHit& hit, DebugLog& log);
 // Reads the first payload-length bytes of the text given. Traps its errors; then the hit count is
 // the claimed one and may exceed the results.
-QueryHit str_to_query_reply(const DescriptorHeader& header, std::string_view payload,
-                            DebugLog& log);
+QueryHit str_to_query_reply(const DescriptorHeader& header, std::string_view payload, DebugLog& log,
+                            const Behaviour& behaviour = kClassic);
 
 // The query payload: minimum speed, text, one byte 0.
 std::string query_to_str(std::int16_t minimum_speed, std::string_view text);

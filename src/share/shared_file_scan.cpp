@@ -3,6 +3,7 @@
 #include <string_view>
 #include <utility>
 
+#include "media/exact_mpeg.h"
 #include "media/mpeg_header.h"
 #include "platform/number.h"
 #include "platform/trap.h"
@@ -26,18 +27,22 @@ bool ends_in_mp3(std::string_view name) {
   return (end[0] == 'm' || end[0] == 'M') && (end[1] == 'p' || end[1] == 'P') && end[2] == '3';
 }
 
-std::string audio_information(Files& files, const std::string& path, DebugLog& log) {
+std::string audio_information(Files& files, const std::string& path, DebugLog& log,
+                              const Behaviour& behaviour) {
   Mp3Info info;
   trap(log, "Get_mp3_info: ", [&] {
-    Get_mp3_info(files.open_for_reading(path)->read(0, kMpegBytesRead), info, log);
+    const std::unique_ptr<File> file = files.open_for_reading(path);
+    if (behaviour.exact_audio) return Get_exact_mp3_info(*file, info, log);
+    Get_mp3_info(file->read(0, kMpegBytesRead), info, log);
   });
   return '\1' + info.frequency + '\1' + info.bitrate;
 }
 
 }  // namespace
 
-SharedFileScan::SharedFileScan(std::vector<std::string> directories, Files& files, DebugLog& log)
-    : directories_(std::move(directories)), files_(files), log_(log) {
+SharedFileScan::SharedFileScan(std::vector<std::string> directories, Files& files, DebugLog& log,
+                               const Behaviour& behaviour)
+    : directories_(std::move(directories)), files_(files), log_(log), behaviour_(behaviour) {
   shared_files_.resize(kFirstBound);
 }
 
@@ -81,7 +86,7 @@ void SharedFileScan::record_file() {
   const std::string path = directory_ + "/" + file.name;
   file.size = to_int32(static_cast<double>(files_.size(path)));
   total_ = to_int32(static_cast<double>(total_) + file.size);
-  if (ends_in_mp3(file.name)) file.name += audio_information(files_, path, log_);
+  if (ends_in_mp3(file.name)) file.name += audio_information(files_, path, log_, behaviour_);
   ++index_;
   take_next_name();
 }

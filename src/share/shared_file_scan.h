@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/behaviour.h"
 #include "platform/debug_log.h"
 #include "platform/files.h"
 #include "platform/one_based.h"
@@ -17,7 +18,8 @@ namespace velmora {
 
 class SharedFileScan {
  public:
-  SharedFileScan(std::vector<std::string> directories, Files& files, DebugLog& log);
+  SharedFileScan(std::vector<std::string> directories, Files& files, DebugLog& log,
+                 const Behaviour& behaviour = kClassic);
 
   // The next step: one directory opened or one file recorded. Returns false when the scan has
   // ended. An error writes "Scan_my_files: " and the description, and ends it.
@@ -46,6 +48,7 @@ class SharedFileScan {
   std::vector<std::string> directories_;
   Files& files_;
   DebugLog& log_;
+  const Behaviour& behaviour_;
   OneBased<SharedFile> shared_files_{kMaxSharedFiles};
   std::size_t index_ = 0;  // of the record being filled
   std::int32_t total_ = 0;

@@ -10,14 +10,20 @@
 namespace velmora {
 namespace {
 
-// A turn of the loop must stay short; a file costs a few system calls and 4096 bytes at most.
+// A turn of the loop must stay short; a file costs a few system calls and 20 KB at most.
 constexpr int kStepsPerTurn = 8;
 constexpr std::int64_t kMsPerTurn = 2;
 
 }  // namespace
 
-SharedScan::SharedScan(const Platform& platform, Form& form, SharedIndex& index, DebugLog& log)
-    : loop_(platform.loop), files_(platform.files), form_(form), index_(index), log_(log) {
+SharedScan::SharedScan(const Platform& platform, Form& form, SharedIndex& index, DebugLog& log,
+                       const Behaviour& behaviour)
+    : loop_(platform.loop),
+      files_(platform.files),
+      form_(form),
+      index_(index),
+      log_(log),
+      behaviour_(behaviour) {
   form_.scan_config.on_click = [this] { start(); };
   form_.upload_config.on_enter = [this] {
     const std::string directory = form_.upload_config.text();
@@ -54,7 +60,7 @@ void SharedScan::start() {
   form_.scan_config.set_enabled(false);
   form_.sharenum_config.set_text("--");
   const bool started = trap(log_, "Scan_my_files: ", [this] {
-    scan_ = std::make_shared<SharedFileScan>(form_.upload_config.items(), files_, log_);
+    scan_ = std::make_shared<SharedFileScan>(form_.upload_config.items(), files_, log_, behaviour_);
     post_turn();
   });
   if (started) return;

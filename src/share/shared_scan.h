@@ -7,6 +7,7 @@
 #include <string>
 
 #include "form/form.h"
+#include "platform/behaviour.h"
 #include "platform/debug_log.h"
 #include "platform/platform.h"
 #include "share/shared_file_scan.h"
@@ -16,7 +17,8 @@ namespace velmora {
 
 class SharedScan {
  public:
-  SharedScan(const Platform& platform, Form& form, SharedIndex& index, DebugLog& log);
+  SharedScan(const Platform& platform, Form& form, SharedIndex& index, DebugLog& log,
+             const Behaviour& behaviour = kClassic);
 
   // Reads the list that the last scan saved; start-up only. Returns the text it put into the status
   // bar, empty when it put none.
@@ -41,6 +43,7 @@ class SharedScan {
   Form& form_;
   SharedIndex& index_;
   DebugLog& log_;
+  const Behaviour& behaviour_;
   std::shared_ptr<SharedFileScan> scan_;  // continuations hold it weakly
 };
 

@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 namespace velmora::simulator {
 namespace {
 
@@ -9,6 +11,7 @@ constexpr std::size_t kHeader = 23;
 constexpr std::size_t kIdentity = 17;  // identifier and function
 constexpr std::size_t kHopsAt = 18;
 constexpr std::size_t kLengthAt = 19;
+constexpr std::size_t kMostWaiting = 32'022;  // bytes of one descriptor
 
 std::size_t claimed_length(std::string_view descriptor) {
   std::size_t length = 0;
@@ -27,7 +30,10 @@ bool begins_a_transfer(std::string_view data) {
 
 void ForwardWitness::read(std::uint64_t socket, std::string_view data) {
   Connection& connection = connections_[socket];
-  if (connection.descriptors) connection.last_read = data;
+  if (!connection.descriptors) return;
+  std::string& bytes = connection.last_bytes;
+  bytes.erase(0, bytes.size() - std::min(bytes.size(), kMostWaiting));
+  bytes += data;
 }
 
 std::string ForwardWitness::written(std::uint64_t socket, std::string_view data) {
@@ -52,7 +58,7 @@ std::string ForwardWitness::written(std::uint64_t socket, std::string_view data)
 // TTL and hops change on the way; a payload is cut only where its chunk ended.
 bool ForwardWitness::came_in(std::string_view descriptor) const {
   for (const auto& [socket, connection] : connections_) {
-    const std::string_view chunk = connection.last_read;
+    const std::string_view chunk = connection.last_bytes;
     const std::string_view identity = descriptor.substr(0, kIdentity);
     for (std::size_t at = chunk.find(identity); at != std::string_view::npos;
          at = chunk.find(identity, at + 1)) {

@@ -22,7 +22,9 @@ class ForwardWitness {
   struct Connection {
     bool talked = false;
     bool descriptors = true;  // not a transfer of a file
-    std::string last_read;    // what it forwards comes from the newest chunk of some connection
+    // What it forwards comes from the newest chunk of some connection, or began so far before it as
+    // a descriptor may wait for its rest.
+    std::string last_bytes;
   };
   [[nodiscard]] bool came_in(std::string_view descriptor) const;
 

@@ -94,7 +94,9 @@ WatchedPlatform::~WatchedPlatform() = default;
 
 Platform WatchedPlatform::platform() {
   Parts& p = *parts_;
-  return {p.loop, p.network, p.files, p.screen, p.screen, p.screen, p.control, p.dns};
+  return {p.loop,    p.network, p.files,
+          p.screen,  p.screen,  p.screen,
+          p.control, p.dns,     p.seam.machine.random};
 }
 
 const Held& WatchedPlatform::held() const { return parts_->seam.held; }

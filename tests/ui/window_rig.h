@@ -48,8 +48,8 @@ class WindowRig {
       : tray_(program_icon()), servent_rig_(start.fields, 1, [&](sim::SimHost& host) {
           if (start.files) start.files(host);
           const Platform sim = host.platform();
-          return Platform{sim.loop, sim.network,  sim.files,   boxes_,
-                          sim.tray, sim.programs, sim.control, sim.dns};
+          return Platform{sim.loop,     sim.network, sim.files, boxes_,    sim.tray,
+                          sim.programs, sim.control, sim.dns,   sim.random};
         }) {
     tray_.attach(form());
     if (start.profile) start.profile(folder_.path());

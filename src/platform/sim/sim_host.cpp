@@ -11,8 +11,8 @@ SimHost::~SimHost() = default;
 const std::string& SimHost::address() const { return parts_->address; }
 
 Platform SimHost::platform() {
-  return {parts_->loop,   parts_->network, parts_->files, parts_->screen,         parts_->screen,
-          parts_->screen, parts_->control, parts_->dns,   &parts_->local_services};
+  return {parts_->loop,   parts_->network, parts_->files, parts_->screen, parts_->screen,
+          parts_->screen, parts_->control, parts_->dns,   parts_->random, &parts_->local_services};
 }
 
 SimLocalServices& SimHost::local_services() { return parts_->local_services; }

@@ -7,6 +7,7 @@
 #include "platform/sim/sim_local_services.h"
 #include "platform/sim/sim_loop.h"
 #include "platform/sim/sim_network.h"
+#include "platform/sim/sim_random.h"
 #include "platform/sim/sim_world.h"
 
 namespace velmora::sim {
@@ -17,7 +18,8 @@ struct SimHost::Parts {
         loop(internet.scheduler, civil),
         network(internet, host_address),
         control(loop),
-        dns(loop) {}
+        dns(loop),
+        random(internet.seed, host_address) {}
 
   std::string address;
   SimLoop loop;
@@ -27,6 +29,7 @@ struct SimHost::Parts {
   SimControl control;
   SimDnsClient dns;
   SimLocalServices local_services;
+  SimRandom random;
 };
 
 }  // namespace velmora::sim

@@ -20,9 +20,11 @@ class ListeningPort;
 
 class Internet {
  public:
-  Internet(Scheduler& clock, std::uint64_t seed) : scheduler(clock), chance(seed) {}
+  Internet(Scheduler& clock, std::uint64_t world_seed)
+      : scheduler(clock), seed(world_seed), chance(world_seed) {}
 
   Scheduler& scheduler;
+  const std::uint64_t seed;
   Chance chance;
   NetworkConditions conditions;
   Recorder recorder;

@@ -7,6 +7,7 @@
 #include <system_error>
 
 #include "platform/uv/console_screen.h"
+#include "platform/uv/system_random.h"
 #include "platform/uv/uv_control_channel.h"
 #include "platform/uv/uv_directory.h"
 #include "platform/uv/uv_dns_client.h"
@@ -44,6 +45,7 @@ struct UvPlatform::Parts {
   UvDnsClient dns;
   UvLocalServices local_services{loop};
   ConsoleScreen screen;
+  SystemRandom random;
 };
 
 UvPlatform::UvPlatform(const std::string& profile, const std::string& listen_address)
@@ -58,8 +60,8 @@ UvPlatform::~UvPlatform() {
 }
 
 Platform UvPlatform::platform() {
-  return {parts_->loop,   parts_->network, parts_->files, parts_->screen,         parts_->screen,
-          parts_->screen, parts_->control, parts_->dns,   &parts_->local_services};
+  return {parts_->loop,   parts_->network, parts_->files, parts_->screen, parts_->screen,
+          parts_->screen, parts_->control, parts_->dns,   parts_->random, &parts_->local_services};
 }
 
 UvLoop& UvPlatform::loop() { return parts_->loop; }

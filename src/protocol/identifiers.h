@@ -1,0 +1,32 @@
+// Makes the identifiers of the descriptors that this servent originates. It remembers none; whether
+// one repeats is the routing table's to find.
+#pragma once
+
+#include <string>
+
+#include "platform/behaviour.h"
+#include "platform/event_loop.h"
+#include "platform/random_source.h"
+
+namespace velmora {
+
+// 16 bytes of which nobody has the like, with the two that say so to others: byte 8 is 255, byte 15
+// is 0. Raises the source's error.
+std::string random_guid(RandomSource& random);
+
+class Identifiers {
+ public:
+  // None is owned.
+  Identifiers(const EventLoop& loop, RandomSource& random, const Behaviour& behaviour = kClassic)
+      : loop_(loop), random_(random), behaviour_(behaviour) {}
+
+  // Raises the random source's error.
+  [[nodiscard]] std::string next() const;
+
+ private:
+  const EventLoop& loop_;
+  RandomSource& random_;
+  const Behaviour& behaviour_;
+};
+
+}  // namespace velmora
