@@ -18,6 +18,10 @@ LINKS = (
     ("1 % of packets lost", None, 1, 0.5),
     ("20 Mbit/s, 1 % lost", "20mbit", 1, 0.1),
 )
+# Hits alone, one at a time: nothing that follows one shows that its last packet was lost.
+HITS_ALONE = ("1 % of packets lost, hits alone", None, 1, 0)
+# What the debug log says when a chunk begins with the rest of a descriptor that was cut.
+CUT = "Format_in_data: "
 
 
 def _run(*command, text=None):
@@ -86,6 +90,15 @@ def _neighbour(servent, address):
     raise programs.Failure(f"{address} is not connected")
 
 
+def _keeping_log(name, path):
+    return ("ip", "netns", "exec", name, "sh", "-c", f'exec "$@" --verbose 2>{path}', "sh")
+
+
+def _cut(*logs):
+    lines = [line for log in logs for line in open(log, encoding="utf-8", errors="replace")]
+    return sum(CUT in line for line in lines)
+
+
 def _settled(servents):
     """The counters are shown twice a second."""
     before = None
@@ -104,11 +117,12 @@ def measure(context, link, descriptors, hits, hit_every):
         _worsen(names, rate, percent)
         profile = context.folder()
         _share(profile)
-        sides = []
+        sides, logs = [], []
         for name, address, options in ((names[0], "10.77.0.1", {"profile": profile}),
                                        (names[1], "10.77.0.2", {})):
+            logs.append(os.path.join(context.folder(), "log"))
             sides.append(stack.enter_context(programs.servent(
-                context, address, prefix=("ip", "netns", "exec", name), query_config=FILES,
+                context, address, prefix=_keeping_log(name, logs[-1]), query_config=FILES,
                 **options)))
         near, far = sides
         far.ask("set", control="stop_search", value=True)
@@ -132,6 +146,7 @@ def measure(context, link, descriptors, hits, hit_every):
             "back": far_sent + pings,
             "lost_back": far_sent + pings - near_received,
             "unsent": run["sent"] - near_sent,
+            "cut": _cut(*logs),
             "unknown": _numbers(far, "unknown_stat")[0] + _numbers(near, "unknown_stat")[0],
         }
 
@@ -140,24 +155,26 @@ def between_servents(context, report, descriptors=None):
     if os.getuid() != 0:
         raise programs.Failure("network namespaces need root")
     descriptors = descriptors or (50_000 if context.quick else 1_000_000)
-    for link in LINKS:
+    for link in (*LINKS, HITS_ALONE):
         part = int(descriptors * link[3])
-        run = measure(context, link, part, max(part // 5000, 20), 60 if link[1] else 20)
+        alone = link is HITS_ALONE
+        hits = max(descriptors // 1000, 100) if alone else max(part // 5000, 20)
+        run = measure(context, link, part, hits, 60 if link[1] else 10 if alone else 20)
         report.add(
             f"between two servents, {link[0]}",
             f"{run['lost']:,} of {run['descriptors']:,} descriptors, {run['lost_hits']:,} of "
             f"{run['hits']:,} hits of 32,000 bytes and {run['lost_back']:,} of {run['back']:,} "
-            f"answers lost in {run['seconds']:.0f} s",
+            f"answers lost, {run['cut']:,} chunks cut, in {run['seconds']:.0f} s",
             f"{run['unsent']:,} not passed on, {run['unknown']:,} read as unknown",
             "nothing lost", not any(run[key] for key in (
-                "lost", "lost_hits", "lost_back", "unsent", "unknown")),
+                "lost", "lost_hits", "lost_back", "cut", "unsent", "unknown")),
             note=LOSS_NOTE if link is LINKS[0] else "")
 
 
 LOSS_NOTE = (
     "Two servents in network namespaces, packets of 1500 bytes. One is fed pings and queries, "
     "which it relays to the other, and answers that one's queries with hits; the counters of the "
-    "one that received are held against those of the one that sent. A chunk that ends inside a "
-    "descriptor loses the rest of it, as nothing is kept between two reads; the remnant at the "
-    "front of the next chunk may be taken for descriptors that nobody sent (a negative number, or "
-    "unknown ones).")
+    "one that received are held against those of the one that sent, and the debug logs are searched "
+    "for cut chunks. A chunk that ends inside a descriptor loses the rest of it, as nothing is kept "
+    "between two reads; the remnant at the front of the next chunk may be taken for descriptors "
+    "that nobody sent (a negative number, or unknown ones).")

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -12,6 +13,8 @@
 
 namespace velmora {
 namespace {
+
+constexpr std::size_t kShortestRow = 40;  // bytes: `1,"",0,"",0,0,#2000-06-30#,#2000-06-30#`
 
 // Pongs tell whole kilobytes; a fraction from elsewhere comes back as it was.
 std::string size_text(float size) {
@@ -71,7 +74,9 @@ void read_cache(std::string_view text, std::vector<CacheHost>& hosts) {
   reader.line_end();
   reader.string_field();
   reader.line_end();
-  // Grown by what is there, never by what the file claims.
+  // Grown by what is there, never by what the file claims alone.
+  hosts.reserve(hosts.size() + std::min({static_cast<std::size_t>(rows), kMaxCacheHosts,
+                                         text.size() / kShortestRow}));
   for (std::int32_t row = 1; row <= rows; ++row) {
     CacheHost host = read_row(reader);
     if (hosts.size() >= kMaxCacheHosts) throw PlatformError(Errc::out_of_memory);

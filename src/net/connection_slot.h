@@ -2,6 +2,8 @@
 // the socket and the timers of the same index belong to MessageConnections.
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
@@ -31,6 +33,12 @@ struct ConnectionSlot {
   std::int32_t socket = 0;  // the slot's own index
   std::int16_t state = kNeverUsed;
 };
+
+// Adds 1 so many times. Kept: in single precision a count stands still at 16,777,216.
+inline void count_up(float& count, std::size_t times) {
+  constexpr float kStandsStill = 16'777'216;
+  count = std::min(count + static_cast<float>(times), kStandsStill);
+}
 
 // A change of a slot: an empty text or a zero leaves its field as it is.
 struct SlotChange {

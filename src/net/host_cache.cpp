@@ -83,12 +83,15 @@ void HostCache::clear() { replace({}); }
 
 void HostCache::replace(std::vector<CacheHost> hosts) {
   if (hosts.size() > kMaxCacheHosts) throw PlatformError(Errc::out_of_memory);
-  places_.clear();
-  taken_.clear();
-  newest_.clear();
+  std::unordered_map<std::string, Place> newest;
+  newest.reserve(hosts.size());
+  std::reverse(hosts.begin(), hosts.end());
+  for (std::size_t i = 0; i < hosts.size(); ++i) newest[hosts[i].address] = static_cast<Place>(i);
+  taken_.assign(hosts.size(), true);
+  newest_ = std::move(newest);
+  rows_ = hosts.size();
+  places_ = std::move(hosts);
   oldest_ = 0;
-  rows_ = 0;
-  for (auto host = hosts.rbegin(); host != hosts.rend(); ++host) put_first(std::move(*host));
   changed();
 }
 

@@ -14,7 +14,7 @@ constexpr int kConnectTimeout_ms = 4000;
 constexpr int kTick_ms = 5000;
 constexpr int kBacklog = 200;
 constexpr int kOpeningCheck_ms = 1000;
-constexpr std::int64_t kFramingMs = 5;  // of a turn, for all connections together
+constexpr std::int64_t kFramingMs = 3;  // of a turn, for all connections together
 constexpr int kDescriptorsPerLook = 8;  // at the clock
 constexpr std::int16_t kSilentTicks = 5;
 constexpr std::size_t kMostAtOnce = 32767;  // bytes of one string
@@ -22,6 +22,12 @@ constexpr std::size_t kMostAtOnce = 32767;  // bytes of one string
 // Kept: a handshake counts only when one read delivers it whole and alone.
 constexpr std::string_view kHello = "GNUTELLA CONNECT/0.4\n\n";
 constexpr std::string_view kWelcome = "GNUTELLA OK\n\n";
+
+// What a chunk's turn has gathered leaves within it, however the turn ends.
+struct WrittenAtEnd {
+  BroadcastRun& run;
+  ~WrittenAtEnd() { run.write(); }
+};
 
 }  // namespace
 
@@ -35,6 +41,7 @@ MessageConnections::MessageConnections(EventLoop& loop, Network& network, Form& 
       counters_(counters),
       routes_(routes),
       behaviour_(behaviour),
+      run_(*this, log),
       opening_check_(loop.make_timer(kOpeningCheck_ms, [this] { end_old_openings(); })) {}
 
 MessageConnections::~MessageConnections() { *alive_ = false; }
@@ -161,12 +168,24 @@ void MessageConnections::start_connect(std::size_t index, const std::string& add
 }
 
 void MessageConnections::msgwrite(std::size_t index, std::string_view data) {
+  if (run_.waits_for(index)) run_.write();
+  socket_for(index, data).write(data);
+  counters_.bytes_sent += static_cast<double>(data.size());
+}
+
+void MessageConnections::take_copies(std::size_t connection, std::string_view bytes,
+                                     std::span<const std::uint32_t> ends) {
+  socket_for(connection, bytes).write_run(bytes, ends);
+  counters_.bytes_sent += static_cast<double>(bytes.size());
+  count_up(slots_.at(connection).sent, ends.size());
+}
+
+Socket& MessageConnections::socket_for(std::size_t index, std::string_view data) {
   const auto& element = elements_.at(index);
   if (!element || !element->socket) throw PlatformError(Errc::not_connected);
   // Kept: the length travels as a signed 16-bit number.
   if (data.size() > kMostAtOnce) throw PlatformError(Errc::overflow);
-  element->socket->write(data);
-  counters_.bytes_sent += static_cast<double>(data.size());
+  return *element->socket;
 }
 
 void MessageConnections::set_hosts_stat(std::size_t index, const SlotChange& change) {
@@ -242,7 +261,7 @@ void MessageConnections::recount() {
 void MessageConnections::behaviour_changed() {
   if (behaviour_.whole_descriptors) return;
   for (const auto& element : elements_) {
-    if (element) element->pending.clear();
+    if (element) element->pending.reset();
   }
 }
 
@@ -300,7 +319,7 @@ void MessageConnections::msg_Read(std::size_t index, std::string_view data) {
     MessageSocket& element = *elements_.at(index);
     counters_.bytes_received += static_cast<double>(data.size());
     // Within a descriptor no chunk is anything but a part of it.
-    const bool in_step = element.pending.in_step();
+    const bool in_step = !element.pending || element.pending->in_step();
     if (in_step && data == kHello) {
       element.socket->write_alone(kWelcome);
       counters_.bytes_sent += static_cast<double>(kWelcome.size());
@@ -327,8 +346,9 @@ void MessageConnections::msg_Read(std::size_t index, std::string_view data) {
 void MessageConnections::deliver(std::size_t index, std::string_view data) {
   if (!behaviour_.whole_descriptors) return hand_over(index, data, true);
   std::string joined;  // outlives the element, which the handling may end
-  const std::string_view whole =
-      elements_.at(index)->pending.complete(data, loop_.now_ms(), joined);
+  auto& pending = elements_.at(index)->pending;
+  if (!pending) pending = std::make_unique<PendingBytes>();
+  const std::string_view whole = pending->complete(data, loop_.now_ms(), joined);
   if (!whole.empty()) hand_over(index, whole, true);
 }
 
@@ -360,27 +380,33 @@ void MessageConnections::hand_over(std::size_t index, std::string_view data, boo
   plan_line();
 }
 
-// What the framing takes is counted against this turn; a continuation runs in the next one.
 std::size_t MessageConnections::cut(std::size_t index, std::string_view data, bool first) {
   static_assert(kDescriptorsPerTurn % kDescriptorsPerLook == 0);
+  const WrittenAtEnd written{run_};
   std::size_t done = 0;
   int left = kDescriptorsPerTurn;
-  std::int64_t before_ms = loop_.now_ms();
+  std::int64_t since_ms = loop_.now_ms();
   do {
     done += framing_->Format_in_data(data.substr(done), index, first, kDescriptorsPerLook);
-    const std::int64_t now_ms = loop_.now_ms();
-    const std::int64_t took_ms = now_ms - before_ms;
-    before_ms = now_ms;
-    if (took_ms > 0 && spent_ms_ == 0) {
-      loop_.post([this, alive = alive_] {
-        if (*alive) spent_ms_ = 0;
-      });
-    }
-    spent_ms_ += took_ms;
     first = false;
     left -= kDescriptorsPerLook;
+    if (done >= data.size() || left <= 0) run_.write();  // in the time that is counted
+    note_spent(since_ms);
   } while (done < data.size() && left > 0 && spent_ms_ < kFramingMs);
   return done;
+}
+
+// What the framing takes is counted against this turn; a continuation runs in the next one.
+void MessageConnections::note_spent(std::int64_t& since_ms) {
+  const std::int64_t now_ms = loop_.now_ms();
+  const std::int64_t took_ms = now_ms - since_ms;
+  since_ms = now_ms;
+  if (took_ms > 0 && spent_ms_ == 0) {
+    loop_.post([this, alive = alive_] {
+      if (*alive) spent_ms_ = 0;
+    });
+  }
+  spent_ms_ += took_ms;
 }
 
 void MessageConnections::keep_rest(MessageSocket& element, std::string_view rest) {
@@ -459,7 +485,7 @@ void MessageConnections::free_msg_socket(std::size_t index) {
   routes_.clear_routes(index);
   const auto& element = elements_.at(index);
   if (!element) return;
-  element->pending.clear();
+  element->pending.reset();
   waiting_bytes_ -= element->rest.size();
   element->rest.clear();                       // what waits in line is found to be gone
   element->free_msgsock_t->set_enabled(true);  // one that is on goes on

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "form/form.h"
+#include "net/broadcast_run.h"
 #include "net/connection_slot.h"
 #include "net/message_socket.h"
 #include "net/routing_table.h"
@@ -37,7 +38,7 @@ inline constexpr std::size_t kMaxWaitingBytes = std::size_t{32} << 20;
 // Slot indexes are 16-bit numbers.
 inline constexpr std::size_t kMaxConnections = 32767;
 
-class MessageConnections : public ListenerEvents, private MessageSocketOwner {
+class MessageConnections : public ListenerEvents, private MessageSocketOwner, private CopyTaker {
  public:
   MessageConnections(EventLoop& loop, Network& network, Form& form, DebugLog& log,
                      TrafficCounters& counters, RoutingTable& routes,
@@ -60,6 +61,9 @@ class MessageConnections : public ListenerEvents, private MessageSocketOwner {
   // Sends the string on a connection; no state is checked. Raises the platform's error, and
   // "Overflow" for a string longer than 32767 bytes.
   void msgwrite(std::size_t index, std::string_view data);
+  // Where the router puts what goes to all connections but the one that it came from; it is
+  // written when the chunk's turn ends, and before anything else is written to one of them.
+  [[nodiscard]] BroadcastRun& to_all_others() { return run_; }
 
   // Starts the free timer of a connection whose socket is gone or being closed.
   void free_msg_socket(std::size_t index);
@@ -69,13 +73,13 @@ class MessageConnections : public ListenerEvents, private MessageSocketOwner {
 
   void set_hosts_stat(std::size_t index, const SlotChange& change);
 
-  // Slots 1 to the upper bound; the counts of a slot are raised by the router.
+  // Slots 1 to the upper bound; the router raises the counts of a slot, but for broadcast copies.
   [[nodiscard]] OneBased<ConnectionSlot>& connection_slots() { return slots_; }
   [[nodiscard]] const OneBased<ConnectionSlot>& connection_slots() const { return slots_; }
   // Whether descriptors flow on it; index 0 and others out of range are not connected.
   [[nodiscard]] bool connected(std::size_t index) const;
   // Those on which they do, ascending; what is written to them does not change it.
-  [[nodiscard]] std::span<const std::size_t> connected_ones() const { return connected_; }
+  [[nodiscard]] std::span<const std::size_t> connected_ones() const override { return connected_; }
   [[nodiscard]] std::size_t unsent(std::size_t index) const;
   // Whether there is an element, and whether its socket's connection stands.
   [[nodiscard]] bool loaded(std::size_t index) const;
@@ -118,11 +122,16 @@ class MessageConnections : public ListenerEvents, private MessageSocketOwner {
   void timeout_msg_t_Timer(std::size_t index);
   void free_msgsock_t_Timer(std::size_t index);
 
+  void take_copies(std::size_t connection, std::string_view bytes,
+                   std::span<const std::uint32_t> ends) override;
+  Socket& socket_for(std::size_t index, std::string_view data);
+
   void deliver(std::size_t index, std::string_view data);
   void hand_over(std::size_t index, std::string_view data, bool first);
   std::size_t cut(std::size_t index, std::string_view data, bool first);
   void keep_rest(MessageSocket& element, std::string_view rest);
   void let_go_of_rest(MessageSocket& element);
+  void note_spent(std::int64_t& since_ms);
   void plan_line();
   void serve_line();
   bool continue_chunk(std::size_t index, std::uint64_t generation);
@@ -146,6 +155,7 @@ class MessageConnections : public ListenerEvents, private MessageSocketOwner {
   OneBased<ConnectionSlot> slots_{kMaxConnections};
   OneBased<std::unique_ptr<MessageSocket>> elements_{kMaxConnections};
   std::vector<std::size_t> connected_;  // kept up to date with the slots' states
+  BroadcastRun run_;
   std::uint64_t generations_ = 0;
   std::deque<Waiting> line_;
   bool line_planned_ = false;

@@ -11,6 +11,7 @@
 
 #include "platform/event_loop.h"
 #include "platform/network.h"
+#include "protocol/chunk_end.h"
 #include "protocol/pending_bytes.h"
 
 namespace velmora {
@@ -30,12 +31,18 @@ class MessageSocket : public SocketEvents {
   // The generation tells a continuation that comes back whether the index was loaded anew since.
   MessageSocket(MessageSocketOwner& owner, std::size_t index, std::uint64_t number,
                 std::int64_t now_ms)
-      : generation(number), loaded_ms(now_ms), owner_(owner), index_(index) {}
+      : generation(number),
+        loaded_ms(now_ms),
+        index_(static_cast<std::uint32_t>(index)),
+        owner_(owner) {}
 
   void on_connect() override { owner_.msg_Connect(index_); }
   void on_connect_failed() override { owner_.msg_Timeout(index_); }
   void on_read(std::string_view data) override { owner_.msg_Read(index_, data); }
   void on_disconnect() override { owner_.msg_Disconnect(index_); }
+  [[nodiscard]] std::size_t lacks(std::string_view queued) const override {
+    return pending ? 0 : lacking_bytes(queued);
+  }
 
   const std::uint64_t generation;
   const std::int64_t loaded_ms;
@@ -47,12 +54,12 @@ class MessageSocket : public SocketEvents {
   std::size_t rest_done = 0;
   bool rest_begun = false;  // some of the chunk was handled
   bool in_line = false;     // and nothing more is read meanwhile
-  // A descriptor that is not whole yet, where they are waited for.
-  PendingBytes pending;
+  // A descriptor that is not whole yet; null where they are not waited for.
+  std::unique_ptr<PendingBytes> pending;
 
  private:
+  std::uint32_t index_;  // small, and beside the flags: there is one of these for every connection
   MessageSocketOwner& owner_;
-  std::size_t index_;
 };
 
 }  // namespace velmora

@@ -1,5 +1,7 @@
 #include "net/originator.h"
 
+#include <utility>
+
 #include "platform/number.h"
 #include "platform/trap.h"
 #include "protocol/payloads.h"
@@ -51,16 +53,30 @@ void Originator::send_pong(std::size_t connection, const DescriptorHeader& ping)
   trap(log_, "Error: send_pong ", [&] {
     DescriptorHeader header = new_header(kPong, ping.guid);
     header.payload_length = kPongLength;
-    const std::string& forced = form_.forceIP_config.text();
-    Pong pong;
-    pong.address = forced.empty() ? connections_.local_address() : forced;
-    pong.port = connections_.local_port();
-    pong.files = to_single(shown_number(form_.sharenum_config));
-    // Kept: the total is sent as it is shown, in bytes, in a field that others read as kilobytes.
-    pong.kilobytes = to_single(shown_number(form_.sharesize_config));
-    connections_.msgwrite(connection, header_to_str(header, log_) + pong_to_str(pong, log_));
+    connections_.msgwrite(connection, header_to_str(header, log_) + pong_payload());
     counters_.my_pongs_out += 1;
   });
+}
+
+// Made anew when one of the texts that it is made of has changed, and when it could not be made.
+const std::string& Originator::pong_payload() {
+  const std::string& forced = form_.forceIP_config.text();
+  PongSource source{.address = forced.empty() ? connections_.local_address() : forced,
+                    .port = connections_.local_port(),
+                    .files = form_.sharenum_config.text(),
+                    .kilobytes = form_.sharesize_config.text()};
+  const bool good = static_cast<float>(pong_payload_.size()) == kPongLength;
+  if (good && source == pong_source_) return pong_payload_;
+  pong_payload_.clear();
+  Pong pong;
+  pong.address = source.address;
+  pong.port = source.port;
+  pong.files = to_single(shown_number(form_.sharenum_config));
+  // Kept: the total is sent as it is shown, in bytes, in a field that others read as kilobytes.
+  pong.kilobytes = to_single(shown_number(form_.sharesize_config));
+  pong_payload_ = pong_to_str(pong, log_);
+  pong_source_ = std::move(source);
+  return pong_payload_;
 }
 
 void Originator::send_query(const std::string& search_text) {

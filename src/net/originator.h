@@ -29,6 +29,17 @@ class Originator : public QuerySender {
  private:
   [[nodiscard]] DescriptorHeader new_header(std::uint8_t function, std::string_view guid) const;
 
+  const std::string& pong_payload();
+
+  // What a pong tells.
+  struct PongSource {
+    std::string address;
+    std::int16_t port = 0;
+    std::string files;
+    std::string kilobytes;
+    bool operator==(const PongSource&) const = default;
+  };
+
   const Identifiers& identifiers_;
   Form& form_;
   DebugLog& log_;
@@ -36,6 +47,8 @@ class Originator : public QuerySender {
   RoutingTable& routes_;
   TrafficCounters& counters_;
   SearchMemory& searches_;
+  PongSource pong_source_;
+  std::string pong_payload_;
 };
 
 }  // namespace velmora

@@ -58,8 +58,7 @@ void Router::got_ping(const DescriptorHeader& header, std::string_view data,
     counters_.pings_in += 1;
     Route route{.connection = as_route_index(connection), .function = kPing};
     if (!routes_.seen_guid(header.guid, route)) {
-      counters_.pings_out +=
-          to_single(foward_data(header, data, connection, ForwardMode::to_all_others));
+      foward_data(header, data, connection, ForwardMode::to_all_others, &counters_.pings_out);
       originator_.send_pong(connection, header);
     } else if (route.function == kPing) {
       // Kept: every repeated ping counts as our own come back, whoever sent it first.
@@ -130,9 +129,8 @@ void Router::got_unknown(const DescriptorHeader& header, std::size_t connection)
   counters_.unknown += 1;
 }
 
-std::int16_t Router::foward_data(const DescriptorHeader& header, std::string_view data,
-                                 std::size_t connection, ForwardMode mode) {
-  std::int16_t written = 0;
+void Router::foward_data(const DescriptorHeader& header, std::string_view data,
+                         std::size_t connection, ForwardMode mode, float* written_to) {
   trap(log_, "foward_data: ", [&] {
     const double maximum_ttl = maximum_ttl_.of(form_.ttlMax_config.text());
     std::uint8_t hops = header.hops;
@@ -144,30 +142,17 @@ std::int16_t Router::foward_data(const DescriptorHeader& header, std::string_vie
       counters_.dropped += 1;
       return;
     }
-    copy_ = data.substr(0, kHeaderSize + static_cast<std::size_t>(header.payload_length));
-    copy_[kTtlOffset] = static_cast<char>(ttl);
-    copy_[kHopsOffset] = static_cast<char>(hops);
-    written = write_copies(connection, mode);
-  });
-  return written;
-}
-
-std::int16_t Router::write_copies(std::size_t connection, ForwardMode mode) {
-  if (mode == ForwardMode::to_this_one) {
-    return connections_.connected(connection) && write_copy(connection) ? 1 : 0;
-  }
-  std::int16_t written = 0;  // there are no more connections than that
-  for (const std::size_t other : connections_.connected_ones()) {
-    if (other != connection && write_copy(other)) ++written;
-  }
-  return written;
-}
-
-// One copy that cannot be written is dropped for that connection; the others are served.
-bool Router::write_copy(std::size_t connection) {
-  return trap(log_, "foward_data: ", [&] {
-    connections_.msgwrite(connection, copy_);
-    connections_.connection_slots().at(connection).sent += 1;
+    const std::string_view descriptor =
+        data.substr(0, kHeaderSize + static_cast<std::size_t>(header.payload_length));
+    if (mode == ForwardMode::to_all_others) {
+      connections_.to_all_others().add(connection, descriptor, ttl, hops, written_to);
+    } else if (connections_.connected(connection)) {
+      copy_ = descriptor;
+      copy_[kTtlOffset] = static_cast<char>(ttl);
+      copy_[kHopsOffset] = static_cast<char>(hops);
+      connections_.msgwrite(connection, copy_);
+      connections_.connection_slots().at(connection).sent += 1;
+    }
   });
 }
 

@@ -49,15 +49,12 @@ class Router : public DescriptorHandlers {
                 std::size_t connection) override;
   void got_unknown(const DescriptorHeader& header, std::size_t connection) override;
 
-  // Returns how many connections it was written to. Only bytes that are there leave: a short
-  // payload is forwarded short.
-  std::int16_t foward_data(const DescriptorHeader& header, std::string_view data,
-                           std::size_t connection, ForwardMode mode);
-
  private:
   bool refuse(bool bad_length, std::size_t connection);
-  std::int16_t write_copies(std::size_t connection, ForwardMode mode);
-  bool write_copy(std::size_t connection);
+  // Only bytes that are there leave: a short payload is forwarded short. `written_to` is raised by
+  // the number of other connections that it was written to.
+  void foward_data(const DescriptorHeader& header, std::string_view data, std::size_t connection,
+                   ForwardMode mode, float* written_to = nullptr);
 
   Form& form_;
   DebugLog& log_;

@@ -26,7 +26,11 @@ RoutingTable::RoutingTable() {
 
 bool RoutingTable::seen_guid(std::string_view guid, Route& route) {
   Guid key = kBlanks;
-  std::memcpy(key.data(), guid.data(), std::min(guid.size(), kGuidSize));
+  if (guid.size() >= kGuidSize) {
+    std::memcpy(key.data(), guid.data(), kGuidSize);  // of a known width, without a call
+  } else {
+    std::memcpy(key.data(), guid.data(), guid.size());
+  }
   if (const int position = find(key); position >= 0) {
     route = entries_[static_cast<std::size_t>(position)].route;
     return true;

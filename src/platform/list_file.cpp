@@ -39,17 +39,14 @@ void put_date(std::string& text, const LocalTime& date) {
 std::string ListFileReader::string_field() {
   if (peek() != '"') malformed();
   std::string field;
-  for (++at_; at_ < text_.size(); ++at_) {
-    if (text_[at_] == '"') {
-      if (at_ + 1 >= text_.size() || text_[at_ + 1] != '"') {
-        ++at_;
-        return field;
-      }
-      ++at_;
-    }
-    field += text_[at_];
+  for (++at_;; ++at_) {
+    const std::size_t quote = text_.find('"', at_);
+    if (quote == std::string_view::npos) throw PlatformError(Errc::input_past_end);
+    field += text_.substr(at_, quote - at_);
+    at_ = quote + 1;
+    if (at_end() || text_[at_] != '"') return field;
+    field += '"';
   }
-  throw PlatformError(Errc::input_past_end);  // the closing quote is missing
 }
 
 double ListFileReader::number_field() {

@@ -5,7 +5,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -16,6 +18,8 @@ namespace velmora {
 inline constexpr std::size_t kMaxUnsentPerSocket = std::size_t{1} << 20;
 inline constexpr std::size_t kMaxUnsentTotal = std::size_t{64} << 20;
 
+inline constexpr std::size_t kAllThatIsQueued = std::numeric_limits<std::size_t>::max();
+
 // Events of one socket. The receiver may write to, close or destroy the socket inside any of them.
 class SocketEvents {
  public:
@@ -24,6 +28,12 @@ class SocketEvents {
   virtual void on_connect_failed() = 0;             // refused, unreachable, or its time-out ran out
   virtual void on_read(std::string_view data) = 0;  // all that was queued; valid in the call only
   virtual void on_disconnect() = 0;                 // the peer closed or reset; comes once, last
+  // Asked before on_read: how many bytes are lacking for `queued` to end where one of the peer's
+  // strings ends; 0 when it does, and when that cannot be known. They get a moment to arrive.
+  [[nodiscard]] virtual std::size_t lacks(std::string_view) const { return 0; }
+  // The most that one on_read brings, for a receiver to which it means nothing where one ends. It
+  // keeps what is copied on from growing beyond the processor's caches.
+  [[nodiscard]] virtual std::size_t most_at_once() const { return kAllThatIsQueued; }
 };
 
 // Destroying a socket closes it: no event comes any more. Bytes already written still leave, for a
@@ -37,6 +47,9 @@ class Socket {
   // Queues the bytes; they leave gathered with others at the end of this turn of the loop.
   // Errors: "No buffer space available"; "Not connected" when there is no standing connection.
   virtual void write(std::string_view data) = 0;
+  // The same for strings in a row, `ends` being the offsets at which they end: where a network has
+  // packets, those that fit one travel in one.
+  virtual void write_run(std::string_view data, std::span<const std::uint32_t>) { write(data); }
   // The same for a string that must arrive as one read of its own: it leaves alone, and nothing
   // written later follows it before the next turn, nor before the peer can have read it.
   virtual void write_alone(std::string_view data) = 0;

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstddef>
 #include <limits>
+#include <optional>
 
 #include "platform/error.h"
 
@@ -18,6 +19,11 @@ bool is_exponent_mark(char c) { return c == 'e' || c == 'E' || c == 'd' || c == 
 
 template <class Whole>
 Whole to_whole(double value) {
+  // Most are whole already, and rounding costs a call.
+  if (value >= std::numeric_limits<Whole>::min() && value <= std::numeric_limits<Whole>::max()) {
+    const auto whole = static_cast<Whole>(value);
+    if (whole == value) return whole;
+  }
   const double rounded = std::nearbyint(value);
   // Negated, so that NaN fails the test too.
   if (!(rounded >= std::numeric_limits<Whole>::min() &&
@@ -66,6 +72,18 @@ Reading read_plain(std::string_view text) {
   }
   reading.used = used + (plus ? 1 : 0);
   return reading;
+}
+
+// Nearly every number is a short run of digits.
+std::optional<double> short_whole_number(std::string_view text) {
+  constexpr std::size_t kMostDigits = 15;
+  if (text.empty() || text.size() > kMostDigits ||
+      !std::all_of(text.begin(), text.end(), is_digit)) {
+    return std::nullopt;
+  }
+  std::int64_t value = 0;
+  for (const char c : text) value = value * 10 + (c - '0');
+  return static_cast<double>(value);
 }
 
 std::string_view without_surrounding_blanks(std::string_view text) {
@@ -117,6 +135,7 @@ double typed_number(std::string_view text) {
 
 double number(std::string_view text) {
   text = without_surrounding_blanks(text);
+  if (const auto value = short_whole_number(text)) return *value;
   std::string plain;
   bool in_whole_part = true;
   for (std::size_t i = 0; i < text.size(); ++i) {
@@ -139,8 +158,11 @@ double number(std::string_view text) {
 
 std::string decimal_text(double value) {
   if (!std::isfinite(value)) throw PlatformError(Errc::overflow);
-  // Adding 0 turns the negative zero of a rounded fraction into the plain one.
-  return fmt::format("{:.0f}", std::nearbyint(value) + 0.0);
+  constexpr double kExact = 9007199254740992;  // up to here every whole number is an integer, too
+  if (std::abs(value) < kExact) {
+    return std::to_string(static_cast<std::int64_t>(std::nearbyint(value)));
+  }
+  return fmt::format("{:.0f}", value);
 }
 
 std::string thousands(std::string_view text) {

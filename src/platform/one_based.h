@@ -33,6 +33,7 @@ class OneBased {
     if (upper_bound > most_) throw PlatformError(Errc::out_of_memory);
     items_.resize(upper_bound);
   }
+  void reserve(std::size_t upper_bound) { items_.reserve(upper_bound); }
   // Raises the upper bound to at least the index.
   void grow_to(std::size_t index) {
     if (index > items_.size()) resize(index);

@@ -23,6 +23,13 @@ char as_char(unsigned value) { return static_cast<char>(static_cast<unsigned cha
 std::string Dword_to_Str(double value) {
   // Single precision, as the records hold it.
   float rest = to_single(value);
+  constexpr float kExactBelow = 16'777'216;
+  if (rest >= 0 && rest < kExactBelow) {
+    const auto whole = static_cast<std::uint32_t>(rest);
+    if (static_cast<float>(whole) == rest) {  // whole numbers lose nothing on the way below
+      return {as_char(whole), as_char(whole >> 8U), as_char(whole >> 16U), '\0'};
+    }
+  }
   std::string bytes;
   for (int i = 0; i < 4; ++i) {
     const auto byte = static_cast<std::uint32_t>(to_int32(rest)) & 255U;

@@ -32,7 +32,7 @@ class DescriptorHandlers {
 
 // How many descriptors are handled in one turn of the loop; the rest of the chunk waits for the
 // next turn while other events run.
-inline constexpr int kDescriptorsPerTurn = 64;
+inline constexpr int kDescriptorsPerTurn = 256;
 
 class Framing {
  public:

@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstddef>
+#include <cstring>
 #include <string_view>
 
 namespace velmora {
@@ -15,8 +16,12 @@ class GuidBytes {
  public:
   GuidBytes() { bytes_.fill(' '); }
   GuidBytes& operator=(std::string_view bytes) {
-    bytes_.fill(' ');
-    bytes.copy(bytes_.data(), kGuidSize);
+    if (bytes.size() >= kGuidSize) {
+      std::memcpy(bytes_.data(), bytes.data(), kGuidSize);  // of a known width, without a call
+    } else {
+      bytes_.fill(' ');
+      bytes.copy(bytes_.data(), kGuidSize);
+    }
     return *this;
   }
   operator std::string_view() const { return {bytes_.data(), kGuidSize}; }

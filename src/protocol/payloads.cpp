@@ -98,6 +98,7 @@ QueryHit str_to_query_reply(const DescriptorHeader& header, std::string_view pay
     hit.address = dotted_address(from(rest, 3));
     hit.speed = to_single(Str_to_Dword(from(rest, 7), log));
     rest = from(rest, 11);
+    hit.results.reserve(std::min(claimed, rest.size() / kEntryNumbers));
     while (hit.results.size() < claimed) {
       QueryHitResult result;
       stage = '1';

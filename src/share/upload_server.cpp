@@ -20,6 +20,8 @@ constexpr std::size_t kMaxStopText = 1024;
 // so long, it slows down, or the machine would be kept busy with waiting.
 constexpr std::int64_t kIdleMs = 100;
 constexpr int kIdleDelayMs = 10;
+// A tick that comes late makes up for those that were due meanwhile, but for no more than these.
+constexpr std::int64_t kMostTicksAtOnce = 8;
 
 bool is_file_number(double value, const OneBased<SharedFile>& files) {
   return value >= 1 && value <= static_cast<double>(files.upper_bound()) &&
@@ -94,7 +96,27 @@ void UploadServer::refresh() {
 void UploadServer::follow_slider() {
   int delay_ms = form_.speed_upload.position();
   if (delay_ms == 0 && loop_.now_ms() - last_sent_ms_ >= kIdleMs) delay_ms = kIdleDelayMs;
-  if (upload_file_t_->interval() != delay_ms) upload_file_t_->set_interval(delay_ms);
+  if (upload_file_t_->interval() == delay_ms) return;
+  upload_file_t_->set_interval(delay_ms);
+  next_tick_ms_ = loop_.now_ms() + delay_ms;
+}
+
+void UploadServer::start_ticking() {
+  if (upload_file_t_->enabled()) return;
+  upload_file_t_->set_enabled(true);
+  next_tick_ms_ = loop_.now_ms() + upload_file_t_->interval();
+}
+
+// The timer skips what it missed, so they are counted from when each was due; 0 for a tick of the
+// timer that an earlier, late one has made up for.
+std::int64_t UploadServer::ticks_due() {
+  const std::int64_t interval_ms = upload_file_t_->interval();
+  const std::int64_t now_ms = loop_.now_ms();
+  if (interval_ms == 0) return 1;
+  if (now_ms < next_tick_ms_) return 0;
+  const std::int64_t ticks = 1 + (now_ms - next_tick_ms_) / interval_ms;
+  next_tick_ms_ += ticks * interval_ms;
+  return std::min(ticks, kMostTicksAtOnce);
 }
 
 void UploadServer::on_accept(std::unique_ptr<Socket> pending) {
@@ -198,7 +220,7 @@ void UploadServer::start_sending(std::size_t index) {
   connections_.at(index - 1)->send_header(reply_header(slot.file_size));
   last_sent_ms_ = loop_.now_ms();
   follow_slider();
-  upload_file_t_->set_enabled(true);
+  start_ticking();
 }
 
 void UploadServer::on_no_request(std::size_t slot, const std::string& status) {
@@ -214,10 +236,12 @@ void UploadServer::on_client_gone(std::size_t slot) {
 }
 
 void UploadServer::upload_files() {
+  const std::int64_t ticks = ticks_due();
+  if (ticks == 0) return;
   bool active = false;
   for (std::size_t index = 1; index <= upload_slots_.upper_bound(); ++index) {
     if (upload_slots_.at(index).state == UploadState::none) continue;
-    const bool sent = trap(log_, "upload_files ", [&] { send_packet(index); });
+    const bool sent = trap(log_, "upload_files ", [&] { send_packets(index, ticks); });
     UploadSlot& slot = upload_slots_.at(index);
     slot.failures = sent ? 0 : slot.failures + 1;
     if (slot.state == UploadState::none) continue;
@@ -232,7 +256,7 @@ void UploadServer::upload_files() {
   form_.lupload.redraw();
 }
 
-void UploadServer::send_packet(std::size_t index) {
+void UploadServer::send_packets(std::size_t index, std::int64_t ticks) {
   UploadSlot& slot = upload_slots_.at(index);
   UploadConnection& connection = *connections_.at(index - 1);
   if (!connection.connected()) {
@@ -245,6 +269,11 @@ void UploadServer::send_packet(std::size_t index) {
     slot.position = std::min(slot.range_start, slot.file_size);
     slot.state = UploadState::sending;
   }
+  for (; ticks > 0 && slot.state == UploadState::sending; --ticks) send_packet(index);
+}
+
+void UploadServer::send_packet(std::size_t index) {
+  UploadSlot& slot = upload_slots_.at(index);
   if (slot.position == slot.file_size) {
     count_upload(slot);
     end_upload(index, "Done");
@@ -258,7 +287,7 @@ void UploadServer::send_packet(std::size_t index) {
     end_upload(index, "Disconnected");  // the file shrank; its client was promised more
     throw PlatformError(Errc::input_past_end);
   }
-  connection.send_packet(packet_);
+  connections_.at(index - 1)->send_packet(packet_);
   last_sent_ms_ = loop_.now_ms();
   slot.position += length;
 }

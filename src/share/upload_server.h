@@ -61,12 +61,15 @@ class UploadServer : private ListenerEvents, private UploadConnectionEvents {
   void start_sending(std::size_t index);
 
   void upload_files();
+  std::int64_t ticks_due();
+  void send_packets(std::size_t index, std::int64_t ticks);
   void send_packet(std::size_t index);
   void count_upload(const UploadSlot& slot);
   void end_upload(std::size_t index, const std::string& status);
   void stop_upload(std::size_t index);
   void release(std::size_t index);
   void follow_slider();
+  void start_ticking();
 
   EventLoop& loop_;
   Network& network_;
@@ -83,6 +86,7 @@ class UploadServer : private ListenerEvents, private UploadConnectionEvents {
   std::string packet_;  // the one being sent; its memory serves one upload after the other
   std::int16_t active_uploads_ = 0;
   std::int64_t last_sent_ms_ = 0;  // when a header or a packet last left
+  std::int64_t next_tick_ms_ = 0;  // due; means nothing while the timer is off
 };
 
 }  // namespace velmora

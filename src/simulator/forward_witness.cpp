@@ -13,8 +13,10 @@ constexpr std::size_t kHopsAt = 18;
 constexpr std::size_t kLengthAt = 19;
 constexpr std::size_t kMostWaiting = 32'022;  // bytes of one descriptor
 
+// 0 when it is too short to claim one.
 std::size_t claimed_length(std::string_view descriptor) {
   std::size_t length = 0;
+  if (descriptor.size() < kHeader) return length;
   for (std::size_t i = 4; i > 0; --i) {
     length = length * 256 + static_cast<unsigned char>(descriptor[kLengthAt + i - 1]);
   }
@@ -41,18 +43,27 @@ std::string ForwardWitness::written(std::uint64_t socket, std::string_view data)
   if (!connection.talked) connection.descriptors = !begins_a_transfer(data);
   connection.talked = true;
   if (!connection.descriptors || data.starts_with("GNUTELLA ")) return {};
-  if (data.size() < kHeader) return fmt::format("{} bytes left as a descriptor", data.size());
-  const std::size_t payload = data.size() - kHeader;
-  // A shorter one is the naive answer to a field that holds no address; a longer one leaks.
-  if (claimed_length(data) < payload) {
-    return fmt::format("a descriptor of function {} claims {} bytes and has {}",
-                       static_cast<unsigned char>(data[16]), claimed_length(data), payload);
+  // Only what it forwards is gathered; of that only the last can be short.
+  const std::size_t first = std::min(data.size(), kHeader + claimed_length(data));
+  std::string fault = one_written(data.substr(0, first), false);
+  for (data.remove_prefix(first); fault.empty() && !data.empty();) {
+    const std::size_t size = std::min(data.size(), kHeader + claimed_length(data));
+    fault = one_written(data.substr(0, size), true);
+    data.remove_prefix(size);
   }
-  if (data[kHopsAt] == 0) return {};  // its own
+  return fault;
+}
+
+// A payload that is shorter than claimed is the naive answer to a field that holds no address.
+std::string ForwardWitness::one_written(std::string_view descriptor, bool must_be_forwarded) {
+  if (descriptor.size() < kHeader) {
+    return fmt::format("{} bytes left as a descriptor", descriptor.size());
+  }
+  if (descriptor[kHopsAt] == 0 && !must_be_forwarded) return {};  // its own
   ++forwarded_;
-  if (came_in(data)) return {};
+  if (came_in(descriptor)) return {};
   return fmt::format("it forwarded a descriptor of function {} and {} bytes that never came in",
-                     static_cast<unsigned char>(data[16]), payload);
+                     static_cast<unsigned char>(descriptor[16]), descriptor.size() - kHeader);
 }
 
 // TTL and hops change on the way; a payload is cut only where its chunk ended.

@@ -26,6 +26,7 @@ class ForwardWitness {
     // a descriptor may wait for its rest.
     std::string last_bytes;
   };
+  std::string one_written(std::string_view descriptor, bool must_be_forwarded);
   [[nodiscard]] bool came_in(std::string_view descriptor) const;
 
   std::map<std::uint64_t, Connection> connections_;

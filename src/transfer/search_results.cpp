@@ -40,8 +40,13 @@ void SearchResults::add(const QueryHit& hit) {
   if (bytes > kMaxSearchResultBytes) throw PlatformError(Errc::out_of_memory);
 
   const std::size_t first = search_results_.upper_bound() + 1;
+  // Room for all of them, so that the list is never moved as it grows. Until it is used the room is
+  // addresses only, not memory.
+  if (first == 1) search_results_.reserve(kMaxSearchResults);
   search_results_.grow_to(first + entries - 1);
   name_bytes_ = bytes;
+  const std::string port = std::to_string(unsigned_port(hit.port));
+  const std::string speed = decimal_text(hit.speed);
   for (std::size_t i = 0; i < entries; ++i) {
     const QueryHitResult& entry = hit.results[i];
     search_result& result = search_results_.at(first + i);
@@ -52,9 +57,9 @@ void SearchResults::add(const QueryHit& hit) {
     result.bitrate = std::move(parsed.bitrate);
     result.size = decimal_text(entry.file_size);
     result.address = hit.address;
-    result.port = std::to_string(unsigned_port(hit.port));
+    result.port = port;
     result.file_index = to_int32(entry.file_index);
-    result.speed = decimal_text(hit.speed);
+    result.speed = speed;
     std::copy_n(hit.servent_guid.begin(),
                 std::min(hit.servent_guid.size(), result.servent_guid.size()),
                 result.servent_guid.begin());

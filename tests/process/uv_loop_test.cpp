@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <memory>
 #include <vector>
 
 #include "uv_rig.h"
@@ -91,6 +92,41 @@ TEST(UvLoop, TicksAreNeverEarlyAndAChangedIntervalStartsAnew) {
     EXPECT_LE(ticks * 3, loop.now_ms() - start_ms);
     return ticks == 5;
   }));
+}
+
+TEST(UvLoop, TimersOfOneIntervalTickInTheOrderOfTheirStarts) {
+  UvLoop loop;
+  std::vector<int> ticks;
+  std::vector<std::unique_ptr<Timer>> timers;
+  for (int i = 0; i < 4; ++i) {
+    timers.push_back(loop.make_timer(10, [&, i] {
+      ticks.push_back(i);
+      timers[static_cast<std::size_t>(i)]->set_enabled(false);
+    }));
+  }
+  for (const std::size_t i : {2, 1, 0, 3}) timers[i]->set_enabled(true);
+  timers[1]->set_enabled(false);
+  timers[1]->set_enabled(true);
+  ASSERT_TRUE(run_until(loop, [&] { return ticks.size() == 4; }));
+  EXPECT_THAT(ticks, ElementsAre(2, 0, 3, 1));
+}
+
+TEST(UvLoop, OneTickStopsAndDestroysTimersThatAreDueWithIt) {
+  UvLoop loop;
+  int ticks = 0;
+  std::unique_ptr<Timer> stopped;
+  std::unique_ptr<Timer> destroyed;
+  const auto first = loop.make_timer(20, [&] {
+    stopped->set_enabled(false);
+    destroyed.reset();
+  });
+  const auto last = loop.make_timer(60, [&] { loop.stop(); });
+  first->set_enabled(true);
+  stopped = loop.make_timer(20, [&] { ++ticks; });
+  destroyed = loop.make_timer(20, [&] { ++ticks; });
+  for (Timer* timer : {stopped.get(), destroyed.get(), last.get()}) timer->set_enabled(true);
+  loop.run();
+  EXPECT_EQ(ticks, 0);
 }
 
 TEST(UvLoop, SignalsBecomeCalls) {

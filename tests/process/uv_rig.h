@@ -88,6 +88,8 @@ class End : public SocketEvents {
   int failures = 0;
   int disconnects = 0;
   std::function<void()> after_read;
+  std::function<std::size_t(std::string_view)> lacking;
+  std::size_t most = kAllThatIsQueued;  // that one read may bring
 
  private:
   void on_connect() override { ++connects; }
@@ -97,6 +99,10 @@ class End : public SocketEvents {
     if (after_read) after_read();
   }
   void on_disconnect() override { ++disconnects; }
+  [[nodiscard]] std::size_t lacks(std::string_view queued) const override {
+    return lacking ? lacking(queued) : 0;
+  }
+  [[nodiscard]] std::size_t most_at_once() const override { return most; }
 };
 
 class Port : public ListenerEvents {

@@ -10,7 +10,7 @@ constexpr std::string_view kWelcome = "GNUTELLA OK\n\n";
 constexpr std::int64_t kFiveSeconds = 5'000'000;
 constexpr std::int64_t kConnectTime = 4'000'000;
 constexpr std::int64_t kRecount = 500'000;
-constexpr std::size_t kDescriptorsATurn = 64;
+constexpr std::size_t kDescriptorsATurn = 256;
 constexpr std::size_t kMostComplaints = 20;
 
 std::string whole(double number) { return std::to_string(static_cast<long long>(number)); }

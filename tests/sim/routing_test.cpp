@@ -91,6 +91,28 @@ TEST(Routing, PongsFindTheirWayBack) {
   EXPECT_EQ(rig.form().route_stat.text(), "2");
 }
 
+// What goes to all and what goes to one keep their order on every connection.
+TEST(Routing, KeepsTheOrderOfAChunk) {
+  ServentRig rig(open_doors());
+  Peers peers(rig);
+  peers.b->send(descriptor("asked by b", kPingCode, 3, 0, ""));
+  rig.world.run_for(5);
+  for (auto* peer : {&peers.a, &peers.b, &peers.c}) (*peer)->take();
+  const auto query = [](const char* name, int ttl, int hops) {
+    return descriptor(name, kQueryCode, ttl, hops, std::string("\0\0abc\0", 6));
+  };
+  peers.a->send(query("one", 4, 0) + descriptor("ping", kPingCode, 4, 0, "") +
+                descriptor("asked by b", kPongCode, 4, 0, kPongPayload) + query("two", 4, 0));
+  rig.world.run_for(5);
+  const std::string before = query("one", 3, 1) + descriptor("ping", kPingCode, 3, 1, "");
+  const std::string pong = descriptor("asked by b", kPongCode, 3, 1, kPongPayload);
+  EXPECT_EQ(peers.b->take(), before + pong + query("two", 3, 1));
+  EXPECT_EQ(peers.c->take(), before + query("two", 3, 1));
+  EXPECT_EQ(rig.host_counts(2), "4/1/0");
+  EXPECT_EQ(rig.host_counts(3), "4/0/0");
+  EXPECT_EQ(rig.counter(rig.form().ping_stat), "2 / 4");
+}
+
 TEST(Routing, ThePongsOfOurOwnPingsEndHere) {
   ServentRig rig(open_doors());
   Peers peers(rig);

@@ -194,8 +194,8 @@ std::string Town::noise() {
     }
     case 12: {
       std::string burst = descriptor(0, 0);
-      if (!chance_.one_in(6)) return burst;
-      for (std::size_t more = 60 + chance_.below(200); more > 0; --more) burst += descriptor(0, 0);
+      if (!chance_.one_in(20)) return burst;
+      for (std::size_t more = 500 + chance_.below(200); more > 0; --more) burst += descriptor(0, 0);
       return burst;
     }
     default:

@@ -301,6 +301,51 @@ TEST_F(UploadServerTest, FollowsTheDelaySliderWhileItSends) {
   for (std::size_t i = 3; i < 6; ++i) EXPECT_EQ(times[i] - times[i - 1], 100);
 }
 
+// A machine on which ticks come late.
+class LateMachine : public EventLoop {
+ public:
+  explicit LateMachine(EventLoop& loop) : loop_(loop) {}
+  std::unique_ptr<Timer> make_timer(int interval_ms, std::function<void()> on_tick) override {
+    return loop_.make_timer(interval_ms, std::move(on_tick));
+  }
+  void post(std::function<void()> continuation) override { loop_.post(std::move(continuation)); }
+  [[nodiscard]] std::int64_t now_ms() const override { return loop_.now_ms() + late_ms; }
+  [[nodiscard]] LocalTime local_time() const override { return loop_.local_time(); }
+
+  std::int64_t late_ms = 0;
+
+ private:
+  EventLoop& loop_;
+};
+
+TEST_F(UploadServerTest, MakesUpForTicksThatCameLate) {
+  const Platform machine = host.platform();
+  LateMachine loop(machine.loop);
+  UploadServer late({loop, machine.network, machine.files, machine.boxes, machine.tray,
+                     machine.programs, machine.control, machine.dns},
+                    form, index, names, *this);
+  late.listen(7000);
+  form.pack_upload.set_position(100);
+  auto peer = world.connect_raw("10.0.0.2", "10.0.0.1", 7000);
+  world.run_for(5);
+  peer->send(request("1", "a.bin"));
+  world.run_for(50);
+  struct Tick {
+    std::int64_t late_ms;
+    std::size_t packets;
+  };
+  // One that is late by a whole interval is two; the timer's next is then made up for already.
+  const Tick ticks[] = {{0, 1},    {500, 2},  {0, 0},       {0, 1},
+                        {1250, 3}, {1250, 1}, {100'000, 8}, {100'000, 1}};
+  std::size_t packets = 0;
+  for (const Tick& tick : ticks) {
+    loop.late_ms = tick.late_ms;
+    world.run_for(500);
+    packets += tick.packets;
+    EXPECT_EQ(sent_to(*peer), content.substr(0, 100 * packets)) << packets;
+  }
+}
+
 TEST_F(UploadServerTest, StopsByDoubleClickWithAMessageForItsOwnKind) {
   form.text_upload.set_text("Sorry,\r\nbye");
   form.log_upload.set_checked(true);

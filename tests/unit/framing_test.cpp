@@ -228,11 +228,12 @@ TEST(Framing, ATurnHandlesSomeDescriptorsAndTheRestIsOfferedAgain) {
     std::size_t tail;
     std::vector<std::size_t> turns;  // descriptors handled in each
   };
-  for (const Case& c : std::vector<Case>{{64, 0, {64}},
-                                         {64, 22, {64}},
-                                         {65, 0, {64, 1}},
-                                         {128, 5, {64, 64}},
-                                         {150, 22, {64, 64, 22}}}) {
+  constexpr std::size_t kTurn = kDescriptorsPerTurn;
+  for (const Case& c : std::vector<Case>{{kTurn, 0, {kTurn}},
+                                         {kTurn, 22, {kTurn}},
+                                         {kTurn + 1, 0, {kTurn, 1}},
+                                         {2 * kTurn, 5, {kTurn, kTurn}},
+                                         {2 * kTurn + 22, 22, {kTurn, kTurn, 22}}}) {
     std::string chunk;
     for (std::size_t i = 0; i < c.pings; ++i) chunk += ping;
     chunk += std::string(c.tail, 't');

@@ -1,5 +1,6 @@
 #include "platform/uv/uv_connection.h"
 
+#include <linux/sock_diag.h>
 #include <linux/sockios.h>
 #include <netinet/tcp.h>
 #include <sys/ioctl.h>
@@ -18,6 +19,13 @@ namespace {
 
 constexpr std::size_t kSmallestRead = std::size_t{64} << 10;
 constexpr std::size_t kLargestRead = std::size_t{8} << 20;
+// Longer than a burst of packets pauses, shorter than anybody takes to send two things apart.
+constexpr int kSettleMs = 40;
+constexpr int kMostSettleTimes = 25;  // behind a packet that is lost
+// Where so much is gathered on all connections that it no longer lies in a processor's cache, what
+// is worth a write of its own leaves while it still does.
+constexpr std::size_t kMuchForAll = std::size_t{4} << 20;
+constexpr std::size_t kWorthAWrite = std::size_t{8} << 10;
 constexpr int kLeavingMs = 5000;   // the last bytes and the end have that long to leave
 constexpr int kDrainingMs = 3000;  // the peer has that long to end too
 
@@ -26,6 +34,20 @@ constexpr int kDrainingMs = 3000;  // the peer has that long to end too
 void limit_stall(int fd, int most_ms) {
   const unsigned int limit = static_cast<unsigned int>(most_ms);
   static_cast<void>(setsockopt(fd, IPPROTO_TCP, TCP_USER_TIMEOUT, &limit, sizeof limit));
+}
+
+// Whether the kernel has bytes that cannot be read yet: one before them was lost, and is sent again
+// later than any pause of a sender would be. Asked when there is nothing to read.
+bool waits_for_lost(int fd) {
+  std::uint32_t memory[SK_MEMINFO_VARS] = {};
+  socklen_t size = sizeof memory;
+  return getsockopt(fd, SOL_SOCKET, SO_MEMINFO, memory, &size) == 0 &&
+         memory[SK_MEMINFO_RMEM_ALLOC] > 0;
+}
+
+void send_at_once(int fd) {
+  const int on = 1;
+  static_cast<void>(setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on));
 }
 
 }  // namespace
@@ -48,15 +70,16 @@ void UvConnection::fail_later(const std::string& host, std::uint16_t port) {
 }
 
 void UvConnection::make_dialer() {
-  dialer_ = std::make_unique<UvDialer>(network_.loop(), network_.bind_address(),
-                                       [this](Handle<uv_tcp_t> tcp) { dialled(std::move(tcp)); });
+  dialer_ = std::make_unique<UvDialer>(
+      network_.loop(), network_.bind_address(),
+      [this](std::unique_ptr<UvWatch> connected) { dialled(std::move(connected)); });
 }
 
-void UvConnection::dialled(Handle<uv_tcp_t> tcp) {
+void UvConnection::dialled(std::unique_ptr<UvWatch> connected) {
   const auto self = shared_from_this();
   dialer_.reset();
-  if (tcp != nullptr) {
-    stand(std::move(tcp));
+  if (connected != nullptr) {
+    stand(std::move(connected));
     if (events_ != nullptr) events_->on_connect();
   } else {
     over();
@@ -64,19 +87,20 @@ void UvConnection::dialled(Handle<uv_tcp_t> tcp) {
   }
 }
 
-void UvConnection::stand(Handle<uv_tcp_t> tcp) {
-  tcp_ = std::move(tcp);
-  tcp_->data = this;
+void UvConnection::stand(std::unique_ptr<UvWatch> connected) {
+  watch_ = std::move(connected);
+  watch_->set_events(*this);
   phase_ = Phase::standing;
-  uv_tcp_nodelay(tcp_.get(), 1);
-  limit_stall(descriptor_of(tcp_), network_.max_stall_ms());
-  const EndpointText peer = peer_end(descriptor_of(tcp_));
+  const int fd = watch_->descriptor();
+  send_at_once(fd);
+  limit_stall(fd, network_.max_stall_ms());
+  const EndpointText peer = peer_end(fd);
   if (!peer.address.empty()) {
     peer_address_ = peer.address;
     peer_port_ = peer.port;
   }
-  local_port_ = local_end(descriptor_of(tcp_)).port;
-  outbox_.emplace(network_.loop(), as_stream(tcp_), [this] { network_.flush_later(*this); });
+  local_port_ = local_end(fd).port;
+  outbox_.emplace(network_.loop(), fd, [this] { network_.flush_later(*this); });
   update_reading();
 }
 
@@ -95,45 +119,69 @@ void UvConnection::set_reading(bool reading) {
 }
 
 void UvConnection::update_reading() {
-  const bool wanted =
-      tcp_ != nullptr && !peer_ended_ &&
-      (phase_ == Phase::parting || (phase_ == Phase::standing && reading_ && events_ != nullptr));
-  if (wanted == read_started_ || tcp_ == nullptr) return;
-  read_started_ = wanted;
-  if (!wanted) {
-    uv_read_stop(as_stream(tcp_));
-    return;
-  }
-  uv_read_start(
-      as_stream(tcp_),
-      [](uv_handle_t* handle, std::size_t, uv_buf_t* buffer) noexcept {
-        static_cast<UvConnection*>(handle->data)->allocate(buffer);
-      },
-      [](uv_stream_t* stream, ssize_t count, const uv_buf_t* buffer) noexcept {
-        static_cast<UvConnection*>(stream->data)->read_came(count, buffer);
-      });
-  network_.loop().work_begun();
+  if (watch_ == nullptr) return;
+  watch_->set_reading(
+      !peer_ended_ &&
+      (phase_ == Phase::parting || (phase_ == Phase::standing && reading_ && events_ != nullptr)));
 }
 
-// All that is queued must fit one read; the room beyond it shows libuv that there is no more.
-void UvConnection::allocate(uv_buf_t* buffer) const {
+// All that is queued, so that it ends where a segment ends; or only what is lacking.
+void UvConnection::on_readable() {
+  const auto self = shared_from_this();
   int queued = 0;
-  if (ioctl(descriptor_of(tcp_), FIONREAD, &queued) != 0) queued = 0;
+  if (ioctl(watch_->descriptor(), FIONREAD, &queued) != 0) queued = 0;
   const std::size_t wanted = static_cast<std::size_t>(std::max(queued, 0)) + kSmallestRead;
   const auto room = network_.loop().read_buffer(std::min(wanted, kLargestRead));
-  *buffer = uv_buf_init(room.data(), static_cast<unsigned int>(room.size()));
+  std::size_t most = settling_ ? std::min(settling_->lacks, room.size()) : room.size();
+  if (events_ != nullptr) most = std::min(most, events_->most_at_once());
+  const ssize_t count =
+      uninterrupted([&] { return ::recv(watch_->descriptor(), room.data(), most, 0); });
+  if (count < 0 && errno == EAGAIN) return;
+  if (count <= 0) return ended(count < 0);
+  if (phase_ != Phase::standing || events_ == nullptr) return;
+  arrived({room.data(), static_cast<std::size_t>(count)});
 }
 
-void UvConnection::read_came(ssize_t count, const uv_buf_t* buffer) {
+void UvConnection::on_writable() {
   const auto self = shared_from_this();
-  if (count < 0) return ended(count != UV_EOF);
-  if (count == 0 || phase_ != Phase::standing || events_ == nullptr) return;
-  events_->on_read({buffer->base, static_cast<std::size_t>(count)});
+  outbox_->room_came();
+  flush();
+}
+
+void UvConnection::arrived(std::string_view data) {
+  if (settling_ != nullptr) data = settling_->bytes.append(data);
+  const std::size_t lacks = events_->lacks(data);
+  if (lacks > 0 && data.size() < kLargestRead) return settle(data, lacks);
+  if (settling_ != nullptr) return announce_settled();
+  events_->on_read(data);
+}
+
+// The time counts from when something last came.
+void UvConnection::settle(std::string_view data, std::size_t lacks) {
+  if (settling_ == nullptr) {
+    settling_ = std::make_unique<Settling>(Settling{std::string(data), lacks, 0, nullptr});
+    settling_->limit = network_.loop().make_timer(kSettleMs, [this] {
+      const auto self = shared_from_this();
+      if (!reading_ || events_ == nullptr) return;
+      if (waits_for_lost(watch_->descriptor()) && --settling_->times_left > 0) return;
+      announce_settled();
+    });
+  }
+  settling_->lacks = lacks;
+  settling_->times_left = kMostSettleTimes;
+  settling_->limit->set_enabled(false);
+  settling_->limit->set_enabled(true);
+}
+
+void UvConnection::announce_settled() {
+  const auto settled = std::exchange(settling_, nullptr);
+  events_->on_read(settled->bytes);
 }
 
 void UvConnection::ended(bool reset) {
+  if (settling_ != nullptr && events_ != nullptr) announce_settled();
   peer_ended_ = true;
-  read_started_ = false;  // libuv reads no further
+  update_reading();
   const bool stood = phase_ == Phase::standing;
   if (reset) {
     over();
@@ -153,9 +201,20 @@ void UvConnection::tell_disconnect() {
 void UvConnection::write(std::string_view data, bool alone) {
   if (!connected() || !fits(data.size())) make_room(data.size());
   outbox_->push(data, alone);
-  network_.unsent_changed(counted_unsent_, counted_unsent_ + data.size());
-  counted_unsent_ += data.size();
-  if (outbox_->unsent() >= kGatheredBytes) {
+  pushed(data.size());
+}
+
+void UvConnection::write_run(std::string_view data, std::span<const std::uint32_t> ends) {
+  if (!connected() || !fits(data.size())) make_room(data.size());
+  outbox_->push_run(data, ends);
+  pushed(data.size());
+}
+
+void UvConnection::pushed(std::size_t bytes) {
+  network_.unsent_changed(counted_unsent_, counted_unsent_ + bytes);
+  counted_unsent_ += bytes;
+  const bool much = network_.unsent() > kMuchForAll;
+  if (outbox_->unsent() >= (much ? kWorthAWrite : kGatheredBytes)) {
     flush();
   } else if (!flush_planned_) {
     network_.flush_later(*this);
@@ -182,7 +241,9 @@ void UvConnection::flush_planned() {
 
 void UvConnection::flush() {
   if (phase_ != Phase::standing && phase_ != Phase::parting) return;
-  switch (outbox_->flush()) {
+  const UvOutbox::Left left = outbox_->flush();
+  watch_->set_writing(left == UvOutbox::Left::waits);
+  switch (left) {
     case UvOutbox::Left::all:
       if (phase_ == Phase::parting) send_end();
       break;
@@ -213,7 +274,7 @@ std::size_t UvConnection::queued() const { return !outbox_ || broken_ ? 0 : outb
 std::size_t UvConnection::unacknowledged() const {
   if (!connected()) return 0;
   int queued = 0;
-  if (ioctl(descriptor_of(tcp_), SIOCOUTQ, &queued) != 0) queued = 0;
+  if (ioctl(watch_->descriptor(), SIOCOUTQ, &queued) != 0) queued = 0;
   return unsent() + static_cast<std::size_t>(std::max(queued, 0));
 }
 
@@ -241,7 +302,7 @@ void UvConnection::part() {
 
 void UvConnection::send_end() {
   if (!std::exchange(end_sent_, true)) {
-    ::shutdown(descriptor_of(tcp_), SHUT_WR);
+    ::shutdown(watch_->descriptor(), SHUT_WR);
     limit_parting(kDrainingMs);
   }
   if (peer_ended_) over();
@@ -267,7 +328,8 @@ void UvConnection::over() {
   dialer_.reset();
   parting_limit_.reset();
   outbox_.reset();
-  tcp_.reset();
+  settling_.reset();
+  watch_.reset();
   count_unsent();
   network_.forget(*this);
 }

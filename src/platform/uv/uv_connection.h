@@ -7,30 +7,32 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
 
 #include "platform/network.h"
 #include "platform/uv/uv_dialer.h"
-#include "platform/uv/uv_handle.h"
 #include "platform/uv/uv_outbox.h"
+#include "platform/uv/uv_watch.h"
 
 namespace velmora::uv {
 
 class UvNetwork;
 
-class UvConnection : public std::enable_shared_from_this<UvConnection> {
+class UvConnection : public std::enable_shared_from_this<UvConnection>, private WatchEvents {
  public:
   UvConnection(UvNetwork& network, SocketEvents* events);
 
   void dial(const std::string& host, std::uint16_t port, int timeout_ms);
   void fail_later(const std::string& host, std::uint16_t port);  // instead of dialling
-  void stand(Handle<uv_tcp_t> tcp);
+  void stand(std::unique_ptr<UvWatch> connected);
 
   void set_events(SocketEvents* events);
   void set_reading(bool reading);
   void write(std::string_view data, bool alone);
+  void write_run(std::string_view data, std::span<const std::uint32_t> ends);
   void close();  // orderly; no event comes any more
   void flush();  // never calls the events
   void abort();  // at once
@@ -49,18 +51,29 @@ class UvConnection : public std::enable_shared_from_this<UvConnection> {
 
  private:
   enum class Phase { connecting, standing, parting, over };
+  // What was read and not announced yet: its last string lacks bytes that may be on the way.
+  struct Settling {
+    std::string bytes;
+    std::size_t lacks;
+    int times_left;
+    std::unique_ptr<Timer> limit;
+  };
 
   void make_dialer();
-  void dialled(Handle<uv_tcp_t> tcp);
+  void dialled(std::unique_ptr<UvWatch> connected);
   void update_reading();
-  void allocate(uv_buf_t* buffer) const;
-  void read_came(ssize_t count, const uv_buf_t* buffer);
+  void on_readable() override;
+  void on_writable() override;
+  void arrived(std::string_view data);
+  void settle(std::string_view data, std::size_t lacks);
+  void announce_settled();
   void ended(bool reset);
   void tell_disconnect();
   void write_failed();
   [[nodiscard]] std::size_t queued() const;
   [[nodiscard]] bool fits(std::size_t bytes) const;
   void make_room(std::size_t bytes);
+  void pushed(std::size_t bytes);
   void part();
   void send_end();
   void limit_parting(int ms);
@@ -76,13 +89,13 @@ class UvConnection : public std::enable_shared_from_this<UvConnection> {
   std::size_t counted_unsent_ = 0;
   std::optional<UvOutbox> outbox_;  // while it stands
 
-  Handle<uv_tcp_t> tcp_;
+  std::unique_ptr<UvWatch> watch_;
+  std::unique_ptr<Settling> settling_;
   std::unique_ptr<UvDialer> dialer_;
   std::string peer_address_;
   std::uint16_t peer_port_ = 0;
   std::uint16_t local_port_ = 0;
   bool reading_ = true;
-  bool read_started_ = false;
   bool disconnect_waits_ = false;  // for events to be told to
   bool peer_ended_ = false;
   bool end_sent_ = false;

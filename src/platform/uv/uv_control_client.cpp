@@ -1,5 +1,7 @@
 #include "platform/uv/uv_control_client.h"
 
+#include <sys/socket.h>
+
 #include <algorithm>
 #include <utility>
 
@@ -12,14 +14,6 @@ namespace {
 constexpr std::size_t kReadBytes = std::size_t{64} << 10;
 constexpr int kPartingMs = 3000;
 
-Handle<uv_pipe_t> open_pipe(UvLoop& loop, void* data, Descriptor connection) {
-  auto pipe = make_handle<uv_pipe_t>(
-      data, [&](uv_pipe_t* handle) { return uv_pipe_init(loop.native(), handle, 0); });
-  check(uv_pipe_open(pipe.get(), connection.get()));
-  static_cast<void>(connection.release());  // the handle owns it
-  return pipe;
-}
-
 }  // namespace
 
 UvControlClient::UvControlClient(UvLoop& loop, Descriptor connection, std::uint64_t number,
@@ -27,26 +21,30 @@ UvControlClient::UvControlClient(UvLoop& loop, Descriptor connection, std::uint6
     : loop_(loop),
       number_(number),
       events_(&events),
-      pipe_(open_pipe(loop, this, std::move(connection))),
-      outbox_(loop, as_stream(pipe_), [this] { loop_.request_turn(); }) {
-  check(uv_read_start(
-      as_stream(pipe_),
-      [](uv_handle_t* handle, std::size_t, uv_buf_t* buffer) noexcept {
-        const auto room =
-            static_cast<UvControlClient*>(handle->data)->loop_.read_buffer(kReadBytes);
-        *buffer = uv_buf_init(room.data(), kReadBytes);
-      },
-      [](uv_stream_t* stream, ssize_t count, const uv_buf_t* buffer) noexcept {
-        static_cast<UvControlClient*>(stream->data)->read_came(count, buffer);
-      }));
-  loop_.work_begun();
+      watch_(loop, std::move(connection)),
+      outbox_(loop, watch_.descriptor(), [this] { loop_.request_turn(); }) {
+  watch_.set_events(*this);
+  watch_.set_reading(true);
 }
 
-void UvControlClient::read_came(ssize_t count, const uv_buf_t* buffer) {
-  if (count < 0) return end();
-  incoming_.append(buffer->base, static_cast<std::size_t>(count));
+void UvControlClient::on_readable() {
+  const auto room = loop_.read_buffer(kReadBytes);
+  const ssize_t count =
+      uninterrupted([&] { return ::recv(watch_.descriptor(), room.data(), kReadBytes, 0); });
+  if (count < 0 && errno == EAGAIN) return;
+  if (count <= 0) {
+    watch_.set_reading(false);
+    return end();
+  }
+  incoming_.append(room.data(), static_cast<std::size_t>(count));
   dispatch_lines();
   if (incoming_.size() > kMaxControlLine) end();
+}
+
+void UvControlClient::on_writable() {
+  outbox_.room_came();
+  watch_.set_writing(false);
+  loop_.request_turn();
 }
 
 void UvControlClient::dispatch_lines() {
@@ -84,6 +82,7 @@ void UvControlClient::send_line(std::string_view line) {
 
 void UvControlClient::flush() {
   const UvOutbox::Left left = outbox_.flush();
+  watch_.set_writing(left == UvOutbox::Left::waits);
   if (events_ == nullptr) {
     gone_ = gone_ || left == UvOutbox::Left::all || left == UvOutbox::Left::failed;
   } else if (left == UvOutbox::Left::failed) {
@@ -93,7 +92,7 @@ void UvControlClient::flush() {
 
 void UvControlClient::part() {
   events_ = nullptr;
-  uv_read_stop(as_stream(pipe_));
+  watch_.set_reading(false);
   parting_limit_ = loop_.make_timer(kPartingMs, [this] {
     gone_ = true;
     loop_.request_turn();

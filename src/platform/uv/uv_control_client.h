@@ -2,8 +2,6 @@
 // parted with while it is in one of its own events; the channel destroys it at the end of a turn.
 #pragma once
 
-#include <uv.h>
-
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -11,8 +9,8 @@
 
 #include "platform/event_loop.h"
 #include "platform/uv/uv_descriptor.h"
-#include "platform/uv/uv_handle.h"
 #include "platform/uv/uv_outbox.h"
+#include "platform/uv/uv_watch.h"
 
 namespace velmora::uv {
 
@@ -26,7 +24,7 @@ class ControlClientEvents {
   virtual void on_end(std::uint64_t client) = 0;
 };
 
-class UvControlClient {
+class UvControlClient : private WatchEvents {
  public:
   UvControlClient(UvLoop& loop, Descriptor connection, std::uint64_t number,
                   ControlClientEvents& events);
@@ -37,7 +35,8 @@ class UvControlClient {
   [[nodiscard]] bool gone() const { return gone_; }  // nothing of it is left to do
 
  private:
-  void read_came(ssize_t count, const uv_buf_t* buffer);
+  void on_readable() override;
+  void on_writable() override;
   void dispatch_lines();
   void end();
   void end_later();
@@ -45,7 +44,7 @@ class UvControlClient {
   UvLoop& loop_;
   std::uint64_t number_;
   ControlClientEvents* events_;
-  Handle<uv_pipe_t> pipe_;
+  UvWatch watch_;
   UvOutbox outbox_;
   std::string incoming_;
   std::size_t searched_ = 0;  // of incoming_, without a line end

@@ -1,6 +1,7 @@
 #include "platform/uv/uv_dialer.h"
 
 #include <netdb.h>
+#include <sys/socket.h>
 
 #include <cstring>
 #include <utility>
@@ -34,7 +35,7 @@ void UvDialer::start(const std::string& host, std::uint16_t port, int timeout_ms
   if (port == 0 || host.empty() || host.find('\0') != std::string::npos) return fail_later();
   if (!looks_dotted(host)) return look_up(host);
   const auto address = parse_address(host, port);
-  if (!address || !can_be_reached(*address) || connect(*address) < 0) fail_later();
+  if (!address || !can_be_reached(*address) || !connect(*address)) fail_later();
 }
 
 void UvDialer::fail_later() {
@@ -70,36 +71,48 @@ void UvDialer::looked_up(const addrinfo* found) {
     std::memcpy(&address, found->ai_addr, sizeof address);
     address.sin_port = htons(port_);
     if (!can_be_reached(address)) continue;
-    if (connect(address) < 0) break;
+    if (!connect(address)) break;
     return;
   }
   finish(nullptr);
 }
 
-int UvDialer::connect(const sockaddr_in& address) {
-  tcp_ = make_handle<uv_tcp_t>(this, [&](uv_tcp_t* h) { return uv_tcp_init(loop_.native(), h); });
-  if (const auto local = parse_address(bind_address_, 0)) {
-    const int result = uv_tcp_bind(tcp_.get(), reinterpret_cast<const sockaddr*>(&*local), 0);
-    if (result < 0) return result;
+bool UvDialer::connect(const sockaddr_in& address) {
+  try {
+    Descriptor socket(checked(
+        [] { return ::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, IPPROTO_TCP); }));
+    if (const auto local = parse_address(bind_address_, 0)) {
+      const int on = 1;
+      checked([&] { return setsockopt(socket.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on); });
+      checked([&] {
+        return ::bind(socket.get(), reinterpret_cast<const sockaddr*>(&*local), sizeof *local);
+      });
+    }
+    const int result =
+        ::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address);
+    if (result < 0 && errno != EINPROGRESS && errno != EINTR) return false;
+    connecting_ = std::make_unique<UvWatch>(loop_, std::move(socket));
+  } catch (const PlatformError&) {
+    return false;
   }
-  auto request = std::make_unique<uv_connect_t>();
-  const int result =
-      uv_tcp_connect(request.get(), tcp_.get(), reinterpret_cast<const sockaddr*>(&address),
-                     [](uv_connect_t* ended, int status) noexcept {
-                       const std::unique_ptr<uv_connect_t> done(ended);
-                       auto* dialer = static_cast<UvDialer*>(done->handle->data);
-                       if (dialer == nullptr) return;  // given up
-                       dialer->finish(status < 0 ? nullptr : std::move(dialer->tcp_));
-                     });
-  if (result == 0) static_cast<void>(request.release());  // the callback owns it
-  loop_.work_begun();
-  return result;
+  connecting_->set_events(*this);
+  connecting_->set_writing(true);
+  return true;
 }
 
-void UvDialer::finish(Handle<uv_tcp_t> tcp) {
+void UvDialer::on_writable() {
+  connecting_->set_writing(false);
+  int error = 0;
+  socklen_t size = sizeof error;
+  getsockopt(connecting_->descriptor(), SOL_SOCKET, SO_ERROR, &error, &size);
+  finish(error == 0 ? std::move(connecting_) : nullptr);
+}
+
+// A result that comes late finds nothing to tell.
+void UvDialer::finish(std::unique_ptr<UvWatch> connected) {
   const Result on_result = std::exchange(on_result_, nullptr);
   timeout_.reset();
-  if (on_result) on_result(std::move(tcp));
+  if (on_result) on_result(std::move(connected));
 }
 
 }  // namespace velmora::uv

@@ -10,7 +10,7 @@
 #include <string>
 
 #include "platform/event_loop.h"
-#include "platform/uv/uv_handle.h"
+#include "platform/uv/uv_watch.h"
 
 struct sockaddr_in;
 
@@ -18,11 +18,11 @@ namespace velmora::uv {
 
 class UvLoop;
 
-class UvDialer {
+class UvDialer : private WatchEvents {
  public:
-  // Called once, with the connected handle or, when that failed, with none. It may destroy the
+  // Called once, with what is connected or, when that failed, with nothing. It may destroy the
   // dialer.
-  using Result = std::function<void(Handle<uv_tcp_t>)>;
+  using Result = std::function<void(std::unique_ptr<UvWatch>)>;
 
   // An empty bind address leaves the choice to the system.
   UvDialer(UvLoop& loop, std::string bind_address, Result on_result);
@@ -38,15 +38,16 @@ class UvDialer {
 
   void look_up(const std::string& host);
   void looked_up(const addrinfo* found);
-  int connect(const sockaddr_in& address);
-  void finish(Handle<uv_tcp_t> tcp);
+  bool connect(const sockaddr_in& address);
+  void on_writable() override;
+  void finish(std::unique_ptr<UvWatch> connected);
 
   UvLoop& loop_;
   std::string bind_address_;
   Result on_result_;
   std::uint16_t port_ = 0;
   Lookup* lookup_ = nullptr;
-  Handle<uv_tcp_t> tcp_;
+  std::unique_ptr<UvWatch> connecting_;
   std::unique_ptr<Timer> timeout_;
   std::shared_ptr<int> alive_ = std::make_shared<int>();
 };

@@ -160,13 +160,13 @@ std::uint64_t UvFiles::size(const std::string& path) {
 // Reads to the end rather than to the size, which may change meanwhile.
 std::string UvFiles::read_whole(const std::string& path, std::size_t most) {
   UvFile file(open_regular(profile_.get(), path, O_RDONLY));
-  std::string data;
+  if (file.size() > most) throw PlatformError(Errc::out_of_memory);
+  std::string data = file.read(0, most);
   for (;;) {
-    if (file.size() > most) throw PlatformError(Errc::out_of_memory);
-    const auto rest = static_cast<std::size_t>(file.size() - std::min(file.size(), data.size()));
-    const std::string block = file.read(data.size(), std::max(rest, kReadBlock));
+    const std::string block = file.read(data.size(), kReadBlock);
     if (block.empty()) return data;
     data += block;
+    if (data.size() > most) throw PlatformError(Errc::out_of_memory);
   }
 }
 

@@ -12,6 +12,7 @@
 
 #include "platform/uv/uv_handle.h"
 #include "platform/uv/uv_timer.h"
+#include "platform/uv/uv_timers.h"
 
 namespace velmora::uv {
 namespace {
@@ -46,6 +47,7 @@ struct UvLoop::Parts {
   void end_turn() const;
 
   NativeLoop native;
+  UvTimers timers{native.loop};
   Handle<uv_prepare_t> prepare;  // also keeps the loop alive while nothing else does
   Handle<uv_check_t> check_after;
   Handle<uv_idle_t> idle;  // active while the loop must not sleep
@@ -80,6 +82,7 @@ void UvLoop::Parts::before_poll() {
   ++turn;
   turn_requested = false;
   work_waits = false;
+  timers.arm();
 }
 
 void UvLoop::Parts::after_poll() {
@@ -174,6 +177,7 @@ int UvLoop::backend_descriptor() const { return uv_backend_fd(&parts_->native.lo
 
 int UvLoop::backend_timeout() const {
   if (parts_->work_waits) return 0;
+  parts_->timers.arm();
   uv_update_time(&parts_->native.loop);  // it counts from when the loop last looked at the clock
   return uv_backend_timeout(&parts_->native.loop);
 }
@@ -194,6 +198,8 @@ void UvLoop::request_turn() {
 }
 
 void UvLoop::work_begun() { parts_->work_waits = true; }
+
+UvTimers& UvLoop::timers() { return parts_->timers; }
 
 UvSpareBuffers& UvLoop::spare_buffers() { return parts_->spare_buffers; }
 

@@ -16,6 +16,8 @@ struct uv_loop_s;
 
 namespace velmora::uv {
 
+class UvTimers;
+
 // Something that gathers work (writes) and gets rid of it when a turn ends. It must not call
 // anybody who could gather more.
 class TurnEnd {
@@ -62,6 +64,7 @@ class UvLoop : public EventLoop {
   // One buffer for all reads, of at least this size; what it holds is valid until the next read.
   std::span<char> read_buffer(std::size_t least);
   UvSpareBuffers& spare_buffers();  // for what is written
+  UvTimers& timers();
 
  private:
   struct Parts;

@@ -74,12 +74,14 @@ bool UvNetwork::has_descriptor_to_spare() const {
 }
 
 std::unique_ptr<Socket> UvNetwork::adopt(Descriptor accepted) {
-  auto tcp =
-      make_handle<uv_tcp_t>(nullptr, [&](uv_tcp_t* h) { return uv_tcp_init(loop_.native(), h); });
-  if (uv_tcp_open(tcp.get(), accepted.get()) < 0) return nullptr;
-  static_cast<void>(accepted.release());  // the handle owns it
+  std::unique_ptr<UvWatch> watch;
+  try {
+    watch = std::make_unique<UvWatch>(loop_, std::move(accepted));
+  } catch (const PlatformError&) {
+    return nullptr;
+  }
   auto connection = make_connection(nullptr);
-  connection->stand(std::move(tcp));
+  connection->stand(std::move(watch));
   return std::make_unique<UvSocket>(std::move(connection));
 }
 

@@ -1,9 +1,14 @@
 #include "platform/uv/uv_outbox.h"
 
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <sys/socket.h>
+
+#include <algorithm>
 #include <limits>
-#include <memory>
 #include <utility>
 
+#include "platform/uv/uv_descriptor.h"
 #include "platform/uv/uv_loop.h"
 
 namespace velmora::uv {
@@ -13,133 +18,145 @@ namespace {
 // a turn of our loop says nothing about the peer's.
 constexpr int kHoldMs = 20;
 
-// libuv takes lengths of 32 bits and never changes what it sends.
-uv_buf_t buffer_over(const char* data, std::size_t size) {
-  constexpr std::size_t kMost = std::numeric_limits<int>::max();
-  return uv_buf_init(const_cast<char*>(data),
-                     static_cast<unsigned int>(size < kMost ? size : kMost));
+// A segment loses so much to the acknowledgement of packets that came out of order, for as long as
+// some are missing; a full one would be split then.
+constexpr int kOptionBytes = 36;
+
+// Only a TCP connection has segments.
+std::size_t most_in_a_segment(int descriptor) {
+  int bytes = 0;
+  socklen_t size = sizeof bytes;
+  if (getsockopt(descriptor, IPPROTO_TCP, TCP_MAXSEG, &bytes, &size) != 0 || bytes <= 0) {
+    return std::numeric_limits<std::size_t>::max();
+  }
+  return static_cast<std::size_t>(std::max(bytes - kOptionBytes, 1));
 }
 
 }  // namespace
 
-// Owns itself and the bytes until libuv is done with them, which may be after the outbox.
-struct UvOutbox::Request {
-  uv_write_t write{};
-  UvOutbox* outbox = nullptr;
-  Segment segment;
-};
-
-UvOutbox::UvOutbox(UvLoop& loop, uv_stream_t* stream, std::function<void()> on_taken)
-    : stream_(stream), loop_(loop), spares_(loop.spare_buffers()), on_taken_(std::move(on_taken)) {}
-
-UvOutbox::~UvOutbox() {
-  if (in_flight_ != nullptr) in_flight_->outbox = nullptr;
-}
+UvOutbox::UvOutbox(UvLoop& loop, int descriptor, std::function<void()> on_released)
+    : largest_piece_(most_in_a_segment(descriptor)),
+      descriptor_(descriptor),
+      loop_(loop),
+      spares_(loop.spare_buffers()),
+      on_released_(std::move(on_released)) {}
 
 void UvOutbox::push(std::string_view data, bool alone) {
   if (data.empty() || failed_) return;
+  bytes_ += data.size();
   if (alone) {
     gather();
-    segments_.push_back({std::string(data), true});
-  } else {
-    if (gathered_.empty()) gathered_ = spares_.take();
-    gathered_ += data;
+    segments_.push_back({std::string(data), {}, true});
+    return;
   }
-  bytes_ += data.size();
+  if (gathered_.bytes.empty()) {
+    gathered_.bytes = spares_.take();
+  } else if (!fits(data.size())) {
+    cut();
+  }
+  gathered_.bytes += data;
+}
+
+void UvOutbox::push_run(std::string_view data, std::span<const std::uint32_t> ends) {
+  if (fits(data.size())) return push(data, false);
+  std::size_t begin = 0;
+  for (const std::size_t end : ends) {
+    push(data.substr(begin, end - begin), false);
+    begin = end;
+  }
+  push(data.substr(begin), false);
+}
+
+// Into the piece that is being gathered.
+bool UvOutbox::fits(std::size_t bytes) const {
+  return gathered_.bytes.size() - piece_begin_ + bytes <= largest_piece_;
+}
+
+void UvOutbox::cut() {
+  piece_begin_ = gathered_.bytes.size();
+  gathered_.ends.push_back(static_cast<std::uint32_t>(piece_begin_));
 }
 
 // What is gathered becomes a segment.
 void UvOutbox::gather() {
-  if (gathered_.empty()) return;
-  segments_.push_back({std::string(), false});
-  segments_.back().bytes.swap(gathered_);
+  if (gathered_.bytes.empty()) return;
+  segments_.push_back(std::exchange(gathered_, {}));
+  piece_begin_ = 0;
 }
 
 UvOutbox::Left UvOutbox::flush() {
   while (!failed_) {
-    if (in_flight_ != nullptr) return Left::waits;
+    if (full_) return Left::waits;
     if (bytes_ == 0) return Left::all;
-    if (hold_) return Left::held;
-    if (!segments_.empty() && segments_.front().alone && last_left_in_ == loop_.turn()) {
-      loop_.request_turn();
-      return Left::held;
+    if (leaving_.bytes.empty()) {
+      if (hold_) return Left::held;
+      if (!segments_.empty() && segments_.front().alone && last_left_in_ == loop_.turn()) {
+        loop_.request_turn();
+        return Left::held;
+      }
+      take_first();
     }
-    Segment segment = take_first();
-    const uv_buf_t buffer = buffer_over(segment.bytes.data(), segment.bytes.size());
-    const int result = uv_try_write(stream_, &buffer, 1);
-    if (result < 0 && result != UV_EAGAIN) return fail();
-    const std::size_t sent = result < 0 ? 0 : static_cast<std::size_t>(result);
-    if (sent == segment.bytes.size()) {
-      spares_.give(std::move(segment.bytes));
-      left(segment.alone);
-    } else if (!send_waiting(std::move(segment), sent)) {
-      return fail();
-    }
+    send_leaving();
   }
   return Left::failed;
 }
 
 // An idle connection keeps no memory for what it sent.
-UvOutbox::Segment UvOutbox::take_first() {
-  Segment first{std::string(), false};
+void UvOutbox::take_first() {
   if (segments_.empty()) {
-    first.bytes.swap(gathered_);
+    std::swap(leaving_, gathered_);
+    piece_begin_ = 0;
   } else {
-    first = std::move(segments_.front());
+    leaving_ = std::move(segments_.front());
     segments_.erase(segments_.begin());
     if (segments_.empty()) segments_.shrink_to_fit();
   }
-  bytes_ -= first.bytes.size();
-  return first;
+  // A route may change; that matters to those who send much at a time.
+  if (leaving_.bytes.size() > largest_piece_ / 2) largest_piece_ = most_in_a_segment(descriptor_);
 }
 
-bool UvOutbox::send_waiting(Segment segment, std::size_t sent) {
-  auto request = std::make_unique<Request>();
-  request->outbox = this;
-  request->segment = std::move(segment);
-  request->write.data = request.get();
-  const std::string& bytes = request->segment.bytes;
-  const uv_buf_t buffer = buffer_over(bytes.data() + sent, bytes.size() - sent);
-  const int result =
-      uv_write(&request->write, stream_, &buffer, 1, [](uv_write_t* write, int status) noexcept {
-        const std::unique_ptr<Request> done(static_cast<Request*>(write->data));
-        if (done->outbox != nullptr) {
-          done->outbox->spares_.give(std::move(done->segment.bytes));
-          done->outbox->taken(status, done->segment.alone);
-        }
-      });
-  if (result < 0) return false;
-  loop_.work_begun();
-  in_flight_ = request.release();
-  return true;
+void UvOutbox::send_leaving() {
+  const std::string& bytes = leaving_.bytes;
+  while (sent_ < bytes.size()) {
+    const std::size_t end =
+        next_end_ < leaving_.ends.size() ? leaving_.ends[next_end_] : bytes.size();
+    const ssize_t count = uninterrupted([&] {
+      return ::send(descriptor_, bytes.data() + sent_, end - sent_,
+                    MSG_EOR | MSG_DONTWAIT | MSG_NOSIGNAL);
+    });
+    if (count < 0) {
+      full_ = errno == EAGAIN;
+      if (!full_) fail();
+      return;
+    }
+    sent_ += static_cast<std::size_t>(count);
+    bytes_ -= static_cast<std::size_t>(count);
+    if (sent_ == end) ++next_end_;
+  }
+  left();
 }
 
-void UvOutbox::left(bool alone) {
+void UvOutbox::left() {
   last_left_in_ = loop_.turn();
+  const bool alone = leaving_.alone;
+  spares_.give(std::exchange(leaving_.bytes, {}));
+  if (!leaving_.ends.empty()) leaving_.ends = {};
+  leaving_.alone = false;
+  sent_ = next_end_ = 0;
   if (!alone) return;
   hold_ = loop_.make_timer(kHoldMs, [this] {
     hold_.reset();
-    on_taken_();
+    on_released_();
   });
   hold_->set_enabled(true);
 }
 
-UvOutbox::Left UvOutbox::fail() {
+void UvOutbox::fail() {
   failed_ = true;
   segments_.clear();
-  gathered_.clear();
-  bytes_ = 0;
-  return Left::failed;
-}
-
-void UvOutbox::taken(int status, bool alone) {
-  in_flight_ = nullptr;
-  if (status < 0) {
-    fail();
-  } else {
-    left(alone);
-  }
-  on_taken_();
+  gathered_ = {};
+  leaving_ = {};
+  sent_ = next_end_ = bytes_ = piece_begin_ = 0;
 }
 
 }  // namespace velmora::uv

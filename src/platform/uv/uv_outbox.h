@@ -1,14 +1,16 @@
 // The bytes that a stream has still to send: gathered as they are written, handed to the kernel
-// when the owner flushes. A string that leaves alone keeps its own write and a turn of its own,
-// before and behind it. Belongs to the owner of the stream, which outlives it.
+// when the owner flushes. They leave in pieces that hold whole strings and fit one segment of the
+// connection, and the kernel keeps the pieces apart: whatever it has queued for the reader at any
+// time ends where a string ends, except inside a string that is longer than a segment. A string
+// that leaves alone keeps a turn of its own, before and behind it. Belongs to the owner of the
+// descriptor, which outlives it.
 #pragma once
-
-#include <uv.h>
 
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -24,50 +26,53 @@ inline constexpr std::size_t kGatheredBytes = std::size_t{64} << 10;  // leave w
 
 class UvOutbox {
  public:
-  // `on_taken` says that what had to wait need not wait any longer: flush again.
-  UvOutbox(UvLoop& loop, uv_stream_t* stream, std::function<void()> on_taken);
-  ~UvOutbox();
-  UvOutbox(const UvOutbox&) = delete;
-  UvOutbox& operator=(const UvOutbox&) = delete;
+  // `on_released` says that what was held need not wait any longer: flush again.
+  UvOutbox(UvLoop& loop, int descriptor, std::function<void()> on_released);
 
   void push(std::string_view data, bool alone);
+  // Strings in a row; `ends` are the offsets at which they end.
+  void push_run(std::string_view data, std::span<const std::uint32_t> ends);
 
   enum class Left {
     all,
-    waits,   // the kernel is full; on_taken follows
-    held,    // the rest leaves a little later; on_taken or the next turn follows
+    waits,   // the kernel is full; once it has room, say so and flush again
+    held,    // the rest leaves a little later; on_released or the next turn follows
     failed,  // the stream cannot send any more; what was queued is gone
   };
   Left flush();
+  void room_came() { full_ = false; }
 
-  // Bytes that the kernel has not taken.
-  [[nodiscard]] std::size_t unsent() const {
-    return bytes_ + (in_flight_ == nullptr ? 0 : uv_stream_get_write_queue_size(stream_));
-  }
+  [[nodiscard]] std::size_t unsent() const { return bytes_; }  // that the kernel has not taken
 
  private:
   struct Segment {
     std::string bytes;
-    bool alone;
+    std::vector<std::uint32_t> ends;  // of its pieces, but the last
+    bool alone = false;
   };
-  struct Request;
 
+  [[nodiscard]] bool fits(std::size_t bytes) const;
+  void cut();
   void gather();
-  Segment take_first();
-  bool send_waiting(Segment segment, std::size_t sent);
-  void left(bool alone);
-  Left fail();
-  void taken(int status, bool alone);
+  void take_first();
+  void send_leaving();
+  void left();
+  void fail();
 
-  std::string gathered_;   // leaves behind the segments
-  std::size_t bytes_ = 0;  // in both
-  Request* in_flight_ = nullptr;
-  uv_stream_t* stream_;
+  Segment gathered_;             // leaves behind the segments
+  std::size_t piece_begin_ = 0;  // of the last piece, in what is gathered
+  std::size_t largest_piece_;    // of more than one string
+  std::size_t bytes_ = 0;        // in all segments
+  bool full_ = false;            // the kernel is
   bool failed_ = false;
+  int descriptor_;
   UvLoop& loop_;
   UvSpareBuffers& spares_;
+  Segment leaving_;
+  std::size_t sent_ = 0;           // of what is leaving
+  std::size_t next_end_ = 0;       // in its list
   std::vector<Segment> segments_;  // in the order in which they leave
-  std::function<void()> on_taken_;
+  std::function<void()> on_released_;
   std::optional<std::uint64_t> last_left_in_;  // the turn
   std::unique_ptr<Timer> hold_;                // runs while what follows a lone string waits
 };

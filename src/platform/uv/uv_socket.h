@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <span>
 #include <string>
 #include <utility>
 
@@ -20,6 +21,9 @@ class UvSocket : public Socket {
 
   void set_events(SocketEvents* events) override { connection_->set_events(events); }
   void write(std::string_view data) override { connection_->write(data, false); }
+  void write_run(std::string_view data, std::span<const std::uint32_t> ends) override {
+    connection_->write_run(data, ends);
+  }
   void write_alone(std::string_view data) override { connection_->write(data, true); }
   void set_reading(bool reading) override { connection_->set_reading(reading); }
   [[nodiscard]] bool connected() const override { return connection_->connected(); }

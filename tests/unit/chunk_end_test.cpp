@@ -1,0 +1,43 @@
+#include "protocol/chunk_end.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace velmora {
+namespace {
+
+std::string descriptor(std::size_t declared, std::size_t present) {
+  std::string bytes(19, 'g');
+  for (unsigned i = 0; i < 4; ++i) bytes += static_cast<char>(declared >> (8 * i) & 0xFF);
+  return bytes + std::string(present, 'p');
+}
+std::string whole(std::size_t payload) { return descriptor(payload, payload); }
+
+TEST(ChunkEnd, LacksWhatTheLastDescriptorDeclares) {
+  struct Case {
+    std::string chunk;
+    std::size_t lacks;
+  };
+  const std::string two = whole(0) + whole(32'000);
+  const Case cases[] = {
+      {"", 0},
+      {whole(0).substr(0, 22), 0},
+      {whole(0), 0},
+      {two, 0},
+      {two + descriptor(300, 299), 1},
+      {two + descriptor(32'000, 0), 32'000},
+      {two + "x", 22},  // a header that is not whole says nothing about its payload
+      {two + whole(0).substr(0, 22), 1},
+      {descriptor(32'001, 0), 0},
+      {two + descriptor(0xFFFFFFFF, 10), 0},
+      {descriptor(33'000, 10) + descriptor(300, 10), 0},
+      {"GNUTELLA CONNECT/0.4\n\n", 0},
+      {"GET /get/1/name HTTP/1.0\r\n\r\n", 0},
+      {"GET " + descriptor(300, 0).substr(4), 0},
+  };
+  for (const Case& one : cases) EXPECT_EQ(lacking_bytes(one.chunk), one.lacks) << one.chunk;
+}
+
+}  // namespace
+}  // namespace velmora
