@@ -3,16 +3,21 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
 #include "app/servent_identifier.h"
 #include "form/control.h"
+#include "net/address_filter.h"
 #include "net/dns_names.h"
 #include "net/message_connections.h"
+#include "net/originator.h"
 #include "net/questions.h"
+#include "net/relay.h"
 #include "net/traffic_counters.h"
 #include "platform/one_based.h"
+#include "share/push_answering.h"
 #include "share/query_answering.h"
 #include "share/questions.h"
 
@@ -80,13 +85,52 @@ class Replies : public ReplyChannel {
 class Answers : public QueryAnswerer {
  public:
   explicit Answers(QueryAnswering& answering) : answering_(answering) {}
-  void send_query_reply(std::string_view search_text, std::string_view query_guid,
+  void send_query_reply(std::string_view search_text, const DescriptorHeader& query,
                         std::size_t connection) override {
-    answering_.send_query_reply(search_text, query_guid, connection);
+    answering_.send_query_reply(search_text, query.guid, connection, query.hops);
   }
 
  private:
   QueryAnswering& answering_;
+};
+
+// How pushes reach the shared files.
+class PushAnswers : public PushAnswerer {
+ public:
+  explicit PushAnswers(PushAnswering& answering) : answering_(answering) {}
+  bool answer_push(const Push& push) override { return answering_.answer_push(push); }
+
+ private:
+  PushAnswering& answering_;
+};
+
+// How downloads ask for a push: the relay knows the way, the originator speaks.
+class PushRequests : public PushSender {
+ public:
+  PushRequests(const Relay& relay, Originator& originator)
+      : relay_(relay), originator_(originator) {}
+  bool ask_push(std::string_view servent, std::int32_t file_number) override {
+    const std::size_t way = relay_.way_to(servent);
+    return way != 0 && originator_.send_push(way, servent, file_number);
+  }
+
+ private:
+  const Relay& relay_;
+  Originator& originator_;
+};
+
+// To whom nothing is offered: the addresses that the cache keeps out.
+class CacheFilterRule : public AddressRule {
+ public:
+  CacheFilterRule(const FilterArray& filter, const Behaviour& behaviour)
+      : filter_(filter), behaviour_(behaviour) {}
+  [[nodiscard]] bool keeps_out(const std::string& address) const override {
+    return is_filtered(filter_, address, behaviour_);
+  }
+
+ private:
+  const FilterArray& filter_;
+  const Behaviour& behaviour_;
 };
 
 }  // namespace velmora

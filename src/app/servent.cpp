@@ -26,14 +26,17 @@
 #include "net/host_cache.h"
 #include "net/host_discovery.h"
 #include "net/host_list.h"
+#include "net/keep_alive.h"
 #include "net/local_servents.h"
 #include "net/message_connections.h"
 #include "net/originator.h"
+#include "net/relay.h"
 #include "net/router.h"
 #include "platform/trap.h"
 #include "protocol/conversions.h"
 #include "protocol/framing.h"
 #include "protocol/identifiers.h"
+#include "share/push_answering.h"
 #include "share/query_answering.h"
 #include "share/shared_index.h"
 #include "share/shared_scan.h"
@@ -72,7 +75,8 @@ struct Servent::Parts {
         control(form, platform.loop, platform.control, [this] { end_program(); }) {
     log.echo = options.echo_log;
     connections.deliver_to(framing);
-    behaviour_choice.on_change = [this] { behaviour_changed(); };
+    uploads.hand_offers_to(download_client);
+    behaviour_choice.on_change = [this] { follow_behaviour(); };
     refresh.also = [this] {
       uploads.refresh();
       downloads.redraw();
@@ -81,15 +85,18 @@ struct Servent::Parts {
     form.mnuexit.on_click = [this] { end_program(); };
   }
 
-  void end_program() {
-    if (request_exit) request_exit();
-  }
-
   // For what does more than look at its switch when it needs it.
-  void behaviour_changed() {
+  void follow_behaviour() {
     connections.behaviour_changed();
     identifier.behaviour_changed();
     if (running) local_servents.update();
+    relay.follow_behaviour();
+    push_answering.follow_behaviour();
+    keep_alive.follow_behaviour();
+  }
+
+  void end_program() {
+    if (request_exit) request_exit();
   }
 
   Form form;
@@ -123,27 +130,33 @@ struct Servent::Parts {
                                  counters,      routes,           behaviour};
   HostList host_list{form, connections};
   Identifiers identifiers{platform.loop, platform.random, behaviour};
-  Originator originator{identifiers, form, log, connections, routes, counters, search_slots};
+  Relay relay{platform.loop, connections, counters, search_slots, behaviour};
+  Originator originator{identifiers, form, log, connections, routes, counters, relay};
   HostDiscovery discovery{form,       log,        connections,
                           originator, host_cache, [this] { dns_update.dns_auto_update(); }};
   LocalServents local_servents{
       platform.loop, platform.local_services, form, log, connections, host_cache, behaviour};
   AutoConnector auto_connector{platform.loop, form, log, connections, host_cache};
+  KeepAlive keep_alive{platform.loop, form, log, connections, originator, host_cache, behaviour};
 
   ServentIdentifier identifier{GetGUID(platform.loop.local_time()), platform.files, platform.random,
                                log, behaviour};
   Replies replies{connections, counters, identifier};
-  QueryAnswering answering{shared_index, form, replies, log};
+  QueryAnswering answering{shared_index, form, replies, log, behaviour};
   Answers answers{answering};
   SharedScan scan{platform, form, shared_index, log, behaviour};
   UploadServer uploads{platform, form, shared_index, client_names, log};
+  CacheFilterRule push_rule{cache_filter, behaviour};
+  PushAnswering push_answering{platform, shared_index, replies, push_rule, uploads, log, behaviour};
+  PushAnswers push_answers{push_answering};
+  PushRequests push_requests{relay, originator};
 
   SearchResults results{platform.loop, form, log, host_names,
                         [this] { cache_list.display_cache(); }};
   SearchCommands search_commands{form, originator};
   DownloadList downloads{form};
-  DownloadClient download_client{platform.loop, platform.network, platform.files, form,
-                                 log,           downloads,        options.version};
+  DownloadClient download_client{platform.loop, platform.network, platform.files, form,     log,
+                                 downloads,     options.version,  &push_requests, behaviour};
   DownloadQueue download_queue{platform.loop, platform.files, form,           log,
                                results,       downloads,      download_client};
 
@@ -158,9 +171,9 @@ struct Servent::Parts {
                            log,
                            {&connection_names, &download_names, &upload_names, &result_names}};
 
-  Router router{
-      form,     log, connections, routes, counters, originator, {host_cache, answers, results},
-      behaviour};
+  Router router{form,     log,        connections, routes,
+                counters, originator, relay,       {host_cache, answers, results, push_answers},
+                behaviour};
   Framing framing{router, log, behaviour};
 
   ListRefresh refresh{platform.loop, form, connections, counters};
@@ -241,6 +254,8 @@ void Servent::shutdown() {
   step([&] { p.scan.stop(); });
   step([&] { p.auto_connector.stop(); });
   step([&] { p.local_servents.stop(); });
+  step([&] { p.keep_alive.stop(); });
+  step([&] { p.push_answering.stop(); });
   step([&] { p.connections.close_all(); });
   step([&] { p.uploads.shutdown(); });
   step([&] { p.download_client.close_all(); });

@@ -211,8 +211,10 @@ void MessageConnections::set_state(ConnectionSlot& slot, std::size_t index, std:
   if (state == kConnected) connected_.insert(place, index);
   if (slot.state == kOpening) --opening_;
   if (state == kOpening) ++opening_;
+  const bool fell = slot.state == kConnected && watch_ != nullptr;
   slot.state = state;
   note_opening_change();
+  if (fell) watch_->fell(index);
 }
 
 void MessageConnections::note_opening_change() {
@@ -244,6 +246,10 @@ std::size_t MessageConnections::unsent(std::size_t index) const {
 
 bool MessageConnections::loaded(std::size_t index) const {
   return elements_.has(index) && elements_.at(index) != nullptr;
+}
+
+std::uint64_t MessageConnections::generation(std::size_t index) const {
+  return loaded(index) ? elements_.at(index)->generation : 0;
 }
 
 bool MessageConnections::stands(std::size_t index) const {
@@ -472,7 +478,11 @@ void MessageConnections::timeout_msg_t_Timer(std::size_t index) {
     set_hosts_stat(index, {.add_tick = true});
     const std::int16_t ticks = slot.silence_ticks;
     set_hosts_stat(index, {.status = "Waiting.." + std::to_string(ticks)});
-    if (ticks < kSilentTicks) return;
+    // Kept: nothing is sent to learn whether a silent peer is still there.
+    if (ticks < kSilentTicks) {
+      if (watch_ != nullptr) watch_->silent(index, ticks);
+      return;
+    }
     set_hosts_stat(index, {.status = "No Data, Disconnecting", .state = kClosing});
   } else {
     return;
@@ -499,6 +509,7 @@ void MessageConnections::free_msgsock_t_Timer(std::size_t index) {
 
 void MessageConnections::disconnect(std::size_t index) {
   if (!slots_.has(index) || slots_.at(index).state < kOpening) return;
+  if (watch_ != nullptr) watch_->left(index);
   const auto& element = elements_.at(index);
   if (element) element->socket.reset();
   set_hosts_stat(index, {.status = "Disconnecting", .state = kClosing});

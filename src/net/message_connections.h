@@ -17,6 +17,7 @@
 #include "form/form.h"
 #include "net/broadcast_run.h"
 #include "net/connection_slot.h"
+#include "net/connection_watch.h"
 #include "net/message_socket.h"
 #include "net/routing_table.h"
 #include "net/traffic_counters.h"
@@ -47,6 +48,9 @@ class MessageConnections : public ListenerEvents, private MessageSocketOwner, pr
 
   // The framing that is given every chunk of descriptor data; set once, before anything connects.
   void deliver_to(Framing& framing) { framing_ = &framing; }
+
+  // Who is told what becomes of the connections; not owned.
+  void watched_by(ConnectionWatch& watch) { watch_ = &watch; }
 
   // Opens element 0; an earlier listener is closed first. Raises the platform's error.
   void listen(std::uint16_t port);
@@ -81,6 +85,8 @@ class MessageConnections : public ListenerEvents, private MessageSocketOwner, pr
   // Those on which they do, ascending; what is written to them does not change it.
   [[nodiscard]] std::span<const std::size_t> connected_ones() const override { return connected_; }
   [[nodiscard]] std::size_t unsent(std::size_t index) const;
+  // Differs between the connections that one slot has after one another; 0: there is no element.
+  [[nodiscard]] std::uint64_t generation(std::size_t index) const;
   // Whether there is an element, and whether its socket's connection stands.
   [[nodiscard]] bool loaded(std::size_t index) const;
   [[nodiscard]] bool stands(std::size_t index) const;
@@ -151,6 +157,7 @@ class MessageConnections : public ListenerEvents, private MessageSocketOwner, pr
   RoutingTable& routes_;
   const Behaviour& behaviour_;
   Framing* framing_ = nullptr;
+  ConnectionWatch* watch_ = nullptr;
   std::unique_ptr<Listener> listener_;
   OneBased<ConnectionSlot> slots_{kMaxConnections};
   OneBased<std::unique_ptr<MessageSocket>> elements_{kMaxConnections};

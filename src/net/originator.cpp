@@ -4,6 +4,7 @@
 
 #include "platform/number.h"
 #include "platform/trap.h"
+#include "protocol/conversions.h"
 #include "protocol/payloads.h"
 
 namespace velmora {
@@ -36,17 +37,30 @@ DescriptorHeader Originator::new_header(std::uint8_t function, std::string_view 
 }
 
 void Originator::send_ping(std::size_t connection) {
-  trap(log_, "Error: send_ping ", [&] {
-    const DescriptorHeader header = new_header(kPing, identifiers_.next());
-    Route route{.connection = to_int16(static_cast<double>(connection)),
-                .function = kPing,
-                .origin_mark = kOurOwn};
-    if (routes_.seen_guid(header.guid, route)) {
-      log_.debug_log("Error: send_ping:  Re-Using a GUID?");
-    }
-    connections_.msgwrite(connection, header_to_str(header, log_));
-    counters_.my_pings_out += 1;
+  trap(log_, "Error: send_ping ",
+       [&] { write_ping(connection, new_header(kPing, identifiers_.next())); });
+}
+
+// A classic identifier comes again after a minute, and its second ping would not be answered.
+void Originator::send_keep_alive(std::size_t connection) {
+  trap(log_, "Error: send_keep_alive ", [&] {
+    const std::string mark = IPdots_to_DwordStr(connections_.local_address(), log_) +
+                             Word_to_Str(to_int16(static_cast<double>(connection)));
+    DescriptorHeader header = new_header(kPing, identifiers_.once(mark));
+    header.ttl = 1;
+    write_ping(connection, header);
   });
+}
+
+void Originator::write_ping(std::size_t connection, const DescriptorHeader& header) {
+  Route route{.connection = to_int16(static_cast<double>(connection)),
+              .function = kPing,
+              .origin_mark = kOurOwn};
+  if (routes_.seen_guid(header.guid, route)) {
+    log_.debug_log("Error: send_ping:  Re-Using a GUID?");
+  }
+  connections_.msgwrite(connection, header_to_str(header, log_));
+  counters_.my_pings_out += 1;
 }
 
 void Originator::send_pong(std::size_t connection, const DescriptorHeader& ping) {
@@ -60,8 +74,7 @@ void Originator::send_pong(std::size_t connection, const DescriptorHeader& ping)
 
 // Made anew when one of the texts that it is made of has changed, and when it could not be made.
 const std::string& Originator::pong_payload() {
-  const std::string& forced = form_.forceIP_config.text();
-  PongSource source{.address = forced.empty() ? connections_.local_address() : forced,
+  PongSource source{.address = own_address(),
                     .port = connections_.local_port(),
                     .files = form_.sharenum_config.text(),
                     .kilobytes = form_.sharesize_config.text()};
@@ -77,6 +90,26 @@ const std::string& Originator::pong_payload() {
   pong_payload_ = pong_to_str(pong, log_);
   pong_source_ = std::move(source);
   return pong_payload_;
+}
+
+std::string Originator::own_address() const {
+  const std::string& forced = form_.forceIP_config.text();
+  return forced.empty() ? connections_.local_address() : forced;
+}
+
+bool Originator::send_push(std::size_t connection, std::string_view servent,
+                           std::int32_t file_number) {
+  return trap(log_, "Error: send_push ", [&] {
+    Push push;
+    push.servent = servent;
+    push.file_number = file_number;
+    push.address = own_address();
+    push.port = unsigned_port(to_port(typed_number(form_.upport_config.text())));
+    DescriptorHeader header = new_header(kPush, identifiers_.next());
+    header.payload_length = kPushLength;
+    connections_.msgwrite(connection, header_to_str(header, log_) + push_to_str(push, log_));
+    counters_.pushes_out += 1;
+  });
 }
 
 void Originator::send_query(const std::string& search_text) {

@@ -1,11 +1,13 @@
-// The three procedures by which this servent speaks first: its pings, the pongs that answer others'
-// pings, and the user's queries. Each builds a descriptor, enters what it originates into the
-// routing table, writes it and counts. Each traps its own errors and returns nothing.
+// The procedures by which this servent speaks first: its pings, the pongs that answer others'
+// pings, the user's queries, and the pushes that ask a servent to offer a file. Each builds a
+// descriptor, enters what it originates into the routing table, writes it and counts. Each traps
+// its own errors and returns nothing.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "form/form.h"
 #include "net/message_connections.h"
@@ -23,10 +25,17 @@ class Originator : public QuerySender {
              SearchMemory& searches);
 
   void send_ping(std::size_t connection);
+  // A ping that only the neighbour answers, and always: its identifier is never used again.
+  void send_keep_alive(std::size_t connection);
   void send_pong(std::size_t connection, const DescriptorHeader& ping);
   void send_query(const std::string& search_text) override;
+  // Asks the servent, by its identifier, to connect to this one's upload port. Returns whether the
+  // push was written.
+  bool send_push(std::size_t connection, std::string_view servent, std::int32_t file_number);
 
  private:
+  [[nodiscard]] std::string own_address() const;
+  void write_ping(std::size_t connection, const DescriptorHeader& header);
   [[nodiscard]] DescriptorHeader new_header(std::uint8_t function, std::string_view guid) const;
 
   const std::string& pong_payload();

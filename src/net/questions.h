@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -24,23 +25,32 @@ class PongIntake {
 class QueryAnswerer {
  public:
   virtual ~QueryAnswerer() = default;
-  virtual void send_query_reply(std::string_view search_text, std::string_view query_guid,
+  virtual void send_query_reply(std::string_view search_text, const DescriptorHeader& query,
                                 std::size_t connection) = 0;
 };
 
-// Asked for every query hit received, whatever query it answers.
+// Asked for every query hit that is for this servent; `search` is the number of the search that it
+// answers, 0 when that is not known.
 class QueryHitIntake {
  public:
   virtual ~QueryHitIntake() = default;
-  virtual void set_query_reply_view(const QueryHit& hit) = 0;
+  virtual void set_query_reply_view(const QueryHit& hit, std::int16_t search) = 0;
+};
+
+// Asked for every push received: does what it asks if it is for this servent. Returns whether it
+// is; it goes nowhere else then. Traps its own errors.
+class PushAnswerer {
+ public:
+  virtual ~PushAnswerer() = default;
+  virtual bool answer_push(const Push& push) = 0;
 };
 
 // Asked by send_query before anything is sent: keeps text and identifier in the current search
-// slot. A slot that does not exist raises "Subscript out of range".
+// slot, and tells the slot's number. A slot that does not exist raises "Subscript out of range".
 class SearchMemory {
  public:
   virtual ~SearchMemory() = default;
-  virtual void remember_search(const std::string& text, const std::string& guid) = 0;
+  virtual std::int16_t remember_search(const std::string& text, const std::string& guid) = 0;
 };
 
 // The name known for an address; "?" when there is none.
@@ -55,6 +65,14 @@ class QuerySender {
  public:
   virtual ~QuerySender() = default;
   virtual void send_query(const std::string& search_text) = 0;
+};
+
+// Offered to the download client: asks the servent of that identifier to connect and offer the
+// file. False when no connection leads to it.
+class PushSender {
+ public:
+  virtual ~PushSender() = default;
+  virtual bool ask_push(std::string_view servent, std::int32_t file_number) = 0;
 };
 
 // One array of records that carry a host's name beside its address, for the pass that fills missing

@@ -27,14 +27,15 @@ std::string_view payload_of(const DescriptorHeader& header, std::string_view dat
 }  // namespace
 
 Router::Router(Form& form, DebugLog& log, MessageConnections& connections, RoutingTable& routes,
-               TrafficCounters& counters, Originator& originator, Neighbours neighbours,
-               const Behaviour& behaviour)
+               TrafficCounters& counters, Originator& originator, Relay& relay,
+               Neighbours neighbours, const Behaviour& behaviour)
     : form_(form),
       log_(log),
       connections_(connections),
       routes_(routes),
       counters_(counters),
       originator_(originator),
+      relay_(relay),
       neighbours_(neighbours),
       behaviour_(behaviour),
       recent_queries_(form.lview, form.traffic_view),
@@ -95,10 +96,11 @@ void Router::got_query(const DescriptorHeader& header, std::string_view data,
   trap(log_, "got_query: ", [&] {
     if (refuse(header.payload_length > kMaxQueryLength, connection)) return;
     const std::string_view text = query_text(header, data);
-    recent_queries_.add(text, header.guid);
-    neighbours_.queries.send_query_reply(text, header.guid, connection);
-    // Kept: a repeated query is answered and forwarded again; only TTL and hops stop it.
-    foward_data(header, data, connection, ForwardMode::to_all_others);
+    if (relay_.takes_query(header, data, text, connection)) {
+      recent_queries_.add(text, header.guid);
+      neighbours_.queries.send_query_reply(text, header, connection);
+      foward_data(header, data, connection, ForwardMode::to_all_others);
+    }
     counters_.queries_in += 1;
   });
 }
@@ -108,18 +110,24 @@ void Router::got_query_reply(const DescriptorHeader& header, std::string_view da
   trap(log_, "got_query_reply: ", [&] {
     if (refuse(header.payload_length > kMaxQueryHitLength, connection)) return;
     counters_.query_hits_in += 1;
-    // Kept: every hit is for us, whatever query it answers, and none is passed on.
-    neighbours_.hits.set_query_reply_view(str_to_query_reply(
-        header, data.substr(std::min(kHeaderSize, data.size())), log_, behaviour_));
+    const QueryHit hit = str_to_query_reply(header, data.substr(std::min(kHeaderSize, data.size())),
+                                            log_, behaviour_);
+    const auto way = relay_.way_of_hit(header, data, hit, connection);
+    if (!way) return;
+    if (way->connection == 0) return neighbours_.hits.set_query_reply_view(hit, way->search);
+    pass_back(header, data, way->connection, counters_.query_hits_out);
   });
 }
 
-void Router::got_push(const DescriptorHeader& header, std::string_view /*data*/,
+void Router::got_push(const DescriptorHeader& header, std::string_view data,
                       std::size_t connection) {
   trap(log_, "got_push: ", [&] {
     if (refuse(header.payload_length != kPushLength, connection)) return;
-    // Kept: a push is counted and nothing else is done with it.
     counters_.pushes_in += 1;
+    const auto push = str_to_push(payload_of(header, data));
+    if (!push || neighbours_.pushes.answer_push(*push)) return;
+    const std::size_t way = relay_.way_of_push(*push, connection);
+    if (way != 0) pass_back(header, data, way, counters_.pushes_out);
   });
 }
 
@@ -127,6 +135,14 @@ void Router::got_unknown(const DescriptorHeader& header, std::size_t connection)
   unknown_log_.add(header);
   connections_.connection_slots().at(connection).dropped += 1;
   counters_.unknown += 1;
+}
+
+// What goes back on the way of another descriptor cannot spread, and must reach as far as that one
+// came, whatever TTL its sender chose: so its TTL ends at 1, and only too many hops stop it.
+void Router::pass_back(DescriptorHeader header, std::string_view data, std::size_t connection,
+                       float& passed) {
+  header.ttl = std::max<std::uint8_t>(header.ttl, 2);
+  foward_data(header, data, connection, ForwardMode::to_this_one, &passed);
 }
 
 void Router::foward_data(const DescriptorHeader& header, std::string_view data,
@@ -152,6 +168,7 @@ void Router::foward_data(const DescriptorHeader& header, std::string_view data,
       copy_[kHopsOffset] = static_cast<char>(hops);
       connections_.msgwrite(connection, copy_);
       connections_.connection_slots().at(connection).sent += 1;
+      if (written_to != nullptr) *written_to += 1;
     }
   });
 }

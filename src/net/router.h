@@ -1,7 +1,8 @@
 // What happens to each descriptor that arrives: counted, looked up in the routing table, answered,
-// forwarded under the TTL and hop rules, routed back, handed on, or dropped. Kept: queries are
-// never looked up, and query hits and pushes end here. It writes through MessageConnections and
-// owns nothing but the recent queries and the text of unknown descriptors.
+// forwarded under the TTL and hop rules, routed back, handed on, or dropped. Queries are never
+// looked up in the routing table; what becomes of them, of hits and of pushes the relay tells. It
+// writes through MessageConnections and owns nothing but the recent queries and the text of unknown
+// descriptors.
 #pragma once
 
 #include <cstdint>
@@ -13,6 +14,7 @@
 #include "net/originator.h"
 #include "net/questions.h"
 #include "net/recent_queries.h"
+#include "net/relay.h"
 #include "net/routing_table.h"
 #include "net/traffic_counters.h"
 #include "net/unknown_log.h"
@@ -30,10 +32,11 @@ class Router : public DescriptorHandlers {
     PongIntake& pongs;
     QueryAnswerer& queries;
     QueryHitIntake& hits;
+    PushAnswerer& pushes;
   };
 
   Router(Form& form, DebugLog& log, MessageConnections& connections, RoutingTable& routes,
-         TrafficCounters& counters, Originator& originator, Neighbours neighbours,
+         TrafficCounters& counters, Originator& originator, Relay& relay, Neighbours neighbours,
          const Behaviour& behaviour = kClassic);
 
   void count_received(std::size_t connection) override;
@@ -52,9 +55,11 @@ class Router : public DescriptorHandlers {
  private:
   bool refuse(bool bad_length, std::size_t connection);
   // Only bytes that are there leave: a short payload is forwarded short. `written_to` is raised by
-  // the number of other connections that it was written to.
+  // the number of connections that it was written to.
   void foward_data(const DescriptorHeader& header, std::string_view data, std::size_t connection,
                    ForwardMode mode, float* written_to = nullptr);
+  void pass_back(DescriptorHeader header, std::string_view data, std::size_t connection,
+                 float& passed);
 
   Form& form_;
   DebugLog& log_;
@@ -62,6 +67,7 @@ class Router : public DescriptorHandlers {
   RoutingTable& routes_;
   TrafficCounters& counters_;
   Originator& originator_;
+  Relay& relay_;
   Neighbours neighbours_;
   const Behaviour& behaviour_;
   RecentQueries recent_queries_;

@@ -6,6 +6,7 @@
 #include <array>
 #include <cstddef>
 #include <cstring>
+#include <functional>
 #include <string_view>
 
 namespace velmora {
@@ -33,6 +34,12 @@ class GuidBytes {
 
  private:
   std::array<char, kGuidSize> bytes_;
+};
+
+struct GuidHash {
+  std::size_t operator()(const GuidBytes& guid) const {
+    return std::hash<std::string_view>()(guid);
+  }
 };
 
 }  // namespace velmora

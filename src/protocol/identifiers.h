@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "platform/behaviour.h"
 #include "platform/event_loop.h"
@@ -22,6 +23,10 @@ class Identifiers {
 
   // Raises the random source's error.
   [[nodiscard]] std::string next() const;
+
+  // One that this servent makes once only, even where classic ones come again after a minute: made
+  // of the maker's mark (8 bytes at most, its own on this servent) and the clock.
+  [[nodiscard]] std::string once(std::string_view mark) const;
 
  private:
   const EventLoop& loop_;

@@ -119,6 +119,28 @@ QueryHit str_to_query_reply(const DescriptorHeader& header, std::string_view pay
   return hit;
 }
 
+std::string push_to_str(const Push& push, DebugLog& log) {
+  return std::string(push.servent) + Dword_to_Str(push.file_number) +
+         IPdots_to_DwordStr(push.address, log) + Word_to_Str(to_port(push.port));
+}
+
+std::optional<Push> str_to_push(std::string_view payload) {
+  if (payload.size() != static_cast<std::size_t>(kPushLength)) return std::nullopt;
+  const auto little_endian = [payload](std::size_t offset, std::size_t width) {
+    std::uint32_t value = 0;
+    for (std::size_t i = width; i-- > 0;) {
+      value = value << 8U | static_cast<unsigned char>(payload[offset + i]);
+    }
+    return value;
+  };
+  Push push;
+  push.servent = payload.substr(0, kGuidSize);
+  push.file_number = little_endian(16, 4);
+  push.address = dotted_address(payload.substr(20, 4));
+  push.port = static_cast<std::uint16_t>(little_endian(24, 2));
+  return push;
+}
+
 std::string query_to_str(std::int16_t minimum_speed, std::string_view text) {
   std::string payload = Word_to_Str(minimum_speed);
   payload += text;

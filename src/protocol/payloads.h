@@ -1,9 +1,10 @@
-// The payloads behind the descriptor header: pong, query, query hit. Decoders never reject: short
-// or malformed payloads give partial records and the lines that say so. A push is never decoded, a
-// ping has no payload.
+// The payloads behind the descriptor header: pong, query, query hit, push. Decoders never reject:
+// short or malformed payloads give partial records and the lines that say so; only a short push is
+// none. A ping has no payload.
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -41,6 +42,13 @@ struct QueryHit {
   std::string servent_guid = std::string(kGuidSize, ' ');
 };
 
+struct Push {
+  GuidBytes servent;       // whom it asks
+  double file_number = 0;  // of that servent's list, from 1
+  std::string address;     // dotted; where the file is to be offered
+  std::uint16_t port = 0;
+};
+
 std::string pong_to_str(const Pong& pong, DebugLog& log);
 // Takes exactly the payload. Traps its errors ("Error: str_to_pong: " and the field); what was read
 // before one is kept. Returns whether none ended the reading: a count that is cut short is 0, with
@@ -54,6 +62,11 @@ std::string query_reply_to_str(const QueryHit& hit, DebugLog& log);
 // the claimed one and may exceed the results.
 QueryHit str_to_query_reply(const DescriptorHeader& header, std::string_view payload, DebugLog& log,
                             const Behaviour& behaviour = kClassic);
+
+// 26 bytes. Raises "Overflow" for a file number that 32 signed bits cannot hold.
+std::string push_to_str(const Push& push, DebugLog& log);
+// None for a payload of another length.
+std::optional<Push> str_to_push(std::string_view payload);
 
 // The query payload: minimum speed, text, one byte 0.
 std::string query_to_str(std::int16_t minimum_speed, std::string_view text);

@@ -22,16 +22,16 @@ std::span<const std::string_view> SearchWords::of(std::string_view search_text) 
 }
 
 QueryAnswering::QueryAnswering(const SharedIndex& index, const Form& form, ReplyChannel& replies,
-                               DebugLog& log)
-    : index_(index), form_(form), replies_(replies), log_(log) {}
+                               DebugLog& log, const Behaviour& behaviour)
+    : index_(index), form_(form), replies_(replies), log_(log), behaviour_(behaviour) {}
 
 void QueryAnswering::send_query_reply(std::string_view search_text, std::string_view query_guid,
-                                      std::size_t connection) {
+                                      std::size_t connection, std::uint8_t hops) {
   trap(log_, "Error: send_query_reply: ", [&] {
     const double limit = limit_.of(form_.query_config.text());
     const auto file_numbers = index_.names().find(words_.of(search_text), limit).names;
     if (file_numbers.empty()) return;
-    replies_.send_reply(connection, descriptor(query_guid, query_hit(file_numbers)));
+    replies_.send_reply(connection, descriptor(query_guid, hops, query_hit(file_numbers)));
     replies_.count_query_hit_sent();
   });
 }
@@ -53,15 +53,25 @@ std::string QueryAnswering::query_hit(const std::vector<std::size_t>& file_numbe
   return query_reply_to_str(hit, log_);
 }
 
-std::string QueryAnswering::descriptor(std::string_view query_guid,
+std::string QueryAnswering::descriptor(std::string_view query_guid, std::uint8_t hops,
                                        const std::string& payload) const {
   DescriptorHeader header;
   header.guid = query_guid;
   header.function = kQueryHit;
-  header.ttl = to_byte(number(form_.ttlMax_config.text()));
+  header.ttl = ttl_for(hops);
   header.hops = 0;
   header.payload_length = static_cast<float>(payload.size());
   return header_to_str(header, log_) + payload;
+}
+
+// Kept: the hit gets the same TTL however far the query has come. When hits are passed back it must
+// reach at least as far.
+std::uint8_t QueryAnswering::ttl_for(std::uint8_t hops) const {
+  constexpr int kMargin = 2;
+  constexpr int kFarthest = 50;
+  const std::uint8_t own = to_byte(number(form_.ttlMax_config.text()));
+  if (!behaviour_.relay) return own;
+  return std::max(own, static_cast<std::uint8_t>(std::min(hops + kMargin, kFarthest)));
 }
 
 }  // namespace velmora

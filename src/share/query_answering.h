@@ -4,12 +4,14 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "form/form.h"
+#include "platform/behaviour.h"
 #include "platform/debug_log.h"
 #include "platform/field_number.h"
 #include "protocol/descriptor_header.h"
@@ -34,20 +36,25 @@ class SearchWords {
 
 class QueryAnswering {
  public:
-  QueryAnswering(const SharedIndex& index, const Form& form, ReplyChannel& replies, DebugLog& log);
+  QueryAnswering(const SharedIndex& index, const Form& form, ReplyChannel& replies, DebugLog& log,
+                 const Behaviour& behaviour = kClassic);
 
-  // Every error writes "Error: send_query_reply: " and its description, and nothing is sent.
+  // `hops`: how far the query has come. Every error writes "Error: send_query_reply: " and its
+  // description, and nothing is sent.
   void send_query_reply(std::string_view search_text, std::string_view query_guid,
-                        std::size_t connection);
+                        std::size_t connection, std::uint8_t hops = 0);
 
  private:
   std::string query_hit(const std::vector<std::size_t>& file_numbers) const;
-  std::string descriptor(std::string_view query_guid, const std::string& payload) const;
+  std::string descriptor(std::string_view query_guid, std::uint8_t hops,
+                         const std::string& payload) const;
+  std::uint8_t ttl_for(std::uint8_t hops) const;
 
   const SharedIndex& index_;
   const Form& form_;
   ReplyChannel& replies_;
   DebugLog& log_;
+  const Behaviour& behaviour_;
   FieldNumber limit_;
   SearchWords words_;
 };

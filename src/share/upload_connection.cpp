@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "platform/trap.h"
+#include "protocol/push_offer.h"
 
 namespace velmora {
 namespace {
@@ -46,6 +47,12 @@ void UploadConnection::release() {
   request_.clear();
   message_.clear();
   socket_.reset();
+}
+
+std::unique_ptr<Socket> UploadConnection::hand_over() {
+  std::unique_ptr<Socket> socket = std::move(socket_);
+  release();
+  return socket;
 }
 
 void UploadConnection::release_with(std::string message) {
@@ -105,15 +112,18 @@ void UploadConnection::on_step() {
   }
 }
 
-// What does not begin as a request is never answered; its time runs out.
+// What does not begin as a request is never answered; its time runs out. An offer is looked at.
 void UploadConnection::collect(std::string_view data) {
   const std::size_t room = kMaxUploadRequest - request_.size();
   request_.append(data.substr(0, room));
   const bool get = request_.starts_with("GET ");
   const std::size_t end = end_of_request(request_);
+  const bool offer = end != std::string::npos && request_.starts_with(kOfferStart);
   if (get && end != std::string::npos) {
     request_.resize(end);
     answer();
+  } else if (offer && events_.on_offer(slot_, request_.substr(0, end))) {
+    return;
   } else if (data.size() > room) {
     release();
     events_.on_no_request(slot_, "Not accepted");

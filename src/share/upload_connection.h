@@ -28,6 +28,8 @@ class UploadConnectionEvents {
   virtual void on_request(std::size_t slot, const std::string& text) = 0;       // once
   virtual void on_no_request(std::size_t slot, const std::string& status) = 0;  // already closed
   virtual void on_client_gone(std::size_t slot) = 0;
+  // It begins as an offer, not as a request. False: that means nothing here.
+  virtual bool on_offer(std::size_t slot, const std::string& text) = 0;
 };
 
 class UploadConnection : public SocketEvents {
@@ -40,6 +42,8 @@ class UploadConnection : public SocketEvents {
   // Closes with a last message that arrives alone: after all packets have, within kStopMs, or not
   // at all.
   void release_with(std::string message);
+  // Gives the socket away as it is; the connection is free for another.
+  std::unique_ptr<Socket> hand_over();
 
   [[nodiscard]] bool in_use() const { return socket_ != nullptr; }
   [[nodiscard]] bool connected() const { return socket_ && socket_->connected(); }

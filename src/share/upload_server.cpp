@@ -235,6 +235,21 @@ void UploadServer::on_client_gone(std::size_t slot) {
   form_.lupload.redraw();
 }
 
+// Kept: what is no request is nothing, unless offers are taken.
+bool UploadServer::on_offer(std::size_t slot, const std::string& text) {
+  if (offers_ == nullptr || !offers_->takes_offers()) return false;
+  std::unique_ptr<Socket> connection = connections_.at(slot - 1)->hand_over();
+  upload_slots_.at(slot).status = "Not accepted";
+  trap(log_, "on_offer: ", [&] {
+    const auto offer = str_to_offer(text);
+    if (!offer || !offers_->take_offer(*offer, connection)) return;
+    upload_slots_.at(slot).file_name = offer->name;
+    upload_slots_.at(slot).status = "Offered a file";
+  });
+  form_.lupload.redraw();
+  return true;
+}
+
 void UploadServer::upload_files() {
   const std::int64_t ticks = ticks_due();
   if (ticks == 0) return;

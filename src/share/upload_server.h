@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "form/form.h"
@@ -34,6 +35,10 @@ class UploadServer : private ListenerEvents, private UploadConnectionEvents {
   // Raises a PlatformError ("Address already in use" and others).
   void listen(std::uint16_t port);
   void close_listener() { listener_.reset(); }
+  // Who takes the files that others offer; not owned.
+  void hand_offers_to(OfferTaker& taker) { offers_ = &taker; }
+  // Serves a connection that this servent made, as if it had been accepted.
+  void serve(std::unique_ptr<Socket> connection) { on_accept(std::move(connection)); }
   // Stops listening and closes every connection; the slots keep their last status.
   void shutdown();
 
@@ -51,6 +56,7 @@ class UploadServer : private ListenerEvents, private UploadConnectionEvents {
   void on_request(std::size_t slot, const std::string& text) override;
   void on_no_request(std::size_t slot, const std::string& status) override;
   void on_client_gone(std::size_t slot) override;
+  bool on_offer(std::size_t slot, const std::string& text) override;
 
   void Connect_in_upload_socket(std::unique_ptr<Socket> pending);
   std::size_t free_slot();
@@ -77,6 +83,7 @@ class UploadServer : private ListenerEvents, private UploadConnectionEvents {
   Form& form_;
   SharedIndex& index_;
   DebugLog& log_;
+  OfferTaker* offers_ = nullptr;
   UploadLog upload_log_;
   OneBased<UploadSlot> upload_slots_{kMaxUploadSlots};
   UploadList list_;

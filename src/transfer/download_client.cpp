@@ -31,8 +31,10 @@ class DownloadClient::Element : public SocketEvents {
   explicit Element(DownloadClient& client) : client_(client) {}
 
   void on_connect() override { client_.downl_Connect(*this); }
-  // Kept: a refused attempt waits for timeout_downl_t, as one that is never answered does.
-  void on_connect_failed() override { socket.reset(); }
+  void on_connect_failed() override {
+    socket.reset();
+    if (entry != 0) client_.refused(*this);
+  }
   void on_read(std::string_view data) override {
     if (entry != 0 && !finishing) client_.downl_Read(*this, data);
   }
@@ -49,6 +51,7 @@ class DownloadClient::Element : public SocketEvents {
   bool lost_bytes = false;  // some came behind the header in its block
   std::string held;         // bytes that may be the beginning of a stop message
   bool finishing = false;   // waits for its turn to become a finished file
+  enum class Push { possible, asked, over } push = Push::possible;  // one for each attempt
   std::unique_ptr<Socket> socket;
   std::unique_ptr<Timer> timeout_downl_t;
   std::unique_ptr<Timer> silence;
@@ -59,7 +62,8 @@ class DownloadClient::Element : public SocketEvents {
 };
 
 DownloadClient::DownloadClient(EventLoop& loop, Network& network, Files& files, Form& form,
-                               DebugLog& log, DownloadList& downloads, std::string version)
+                               DebugLog& log, DownloadList& downloads, std::string version,
+                               PushSender* pushes, const Behaviour& behaviour)
     : loop_(loop),
       network_(network),
       files_(files),
@@ -67,6 +71,8 @@ DownloadClient::DownloadClient(EventLoop& loop, Network& network, Files& files, 
       log_(log),
       downloads_(downloads),
       version_(std::move(version)),
+      pushes_(pushes),
+      behaviour_(behaviour),
       downl_(kMaxDownloads) {}
 
 DownloadClient::~DownloadClient() { *alive_ = false; }
@@ -104,6 +110,7 @@ std::string DownloadClient::connect(std::size_t entry, const std::string& addres
     element.entry = entry;
     element.start = record.bytes_received;
     element.lost_bytes = false;
+    element.push = Element::Push::possible;
     record.state = 1;
     record.status = "Requesting to Connect";
     record.message.clear();
@@ -153,6 +160,7 @@ void DownloadClient::close_all() {
 void DownloadClient::downl_Connect(Element& element) {
   const std::string error = trapped({}, [&] {
     DownloadRecord& record = record_of(element);
+    element.push = Element::Push::over;
     element.socket->write(download_request(record, version_, form_.upport_config.text()));
     record.status = "Connected";
     downloads_.redraw();
@@ -162,7 +170,44 @@ void DownloadClient::downl_Connect(Element& element) {
   end(element, error);
 }
 
-void DownloadClient::timeout_downl_t_Timer(Element& element) { end(element, "Not accepted"); }
+// Kept: a refused attempt waits for timeout_downl_t, as one that is never answered does.
+void DownloadClient::refused(Element& element) { ask_push(element); }
+
+void DownloadClient::timeout_downl_t_Timer(Element& element) {
+  if (!ask_push(element)) end(element, "Not accepted");
+}
+
+// When the servent cannot be reached, it is asked to come. False: it cannot be, or was already.
+bool DownloadClient::ask_push(Element& element) {
+  if (!behaviour_.push || pushes_ == nullptr || element.push != Element::Push::possible) {
+    return false;
+  }
+  DownloadRecord& record = record_of(element);
+  const std::string_view servent(record.servent_guid.data(), record.servent_guid.size());
+  if (!pushes_->ask_push(servent, record.file_index)) return false;
+  element.push = Element::Push::asked;
+  element.socket.reset();
+  element.timeout_downl_t->set_interval(kOfferMs);
+  record.status = "Asked to push";
+  downloads_.redraw();
+  return true;
+}
+
+bool DownloadClient::take_offer(const PushOffer& offer, std::unique_ptr<Socket>& connection) {
+  const auto waiting = std::find_if(downl_.begin(), downl_.end(), [&](const auto& element) {
+    if (element->entry == 0 || element->push != Element::Push::asked) return false;
+    const DownloadRecord& record = record_of(*element);
+    return record.file_index == offer.file_number &&
+           offer.servent == std::string_view(record.servent_guid.data(), kGuidSize);
+  });
+  if (waiting == downl_.end()) return false;
+  Element& element = **waiting;
+  element.socket = std::move(connection);
+  element.socket->set_events(&element);
+  element.timeout_downl_t->set_interval(kDownloadConnectMs);
+  downl_Connect(element);
+  return true;
+}
 
 void DownloadClient::silence_Timer(Element& element) {
   if (--record_of(element).activity > kActivityAtData - kDownloadSilenceS) return;

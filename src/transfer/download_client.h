@@ -13,11 +13,14 @@
 #include <string_view>
 
 #include "form/form.h"
+#include "net/questions.h"
+#include "platform/behaviour.h"
 #include "platform/debug_log.h"
 #include "platform/event_loop.h"
 #include "platform/files.h"
 #include "platform/network.h"
 #include "platform/one_based.h"
+#include "share/questions.h"
 #include "transfer/download_list.h"
 
 namespace velmora {
@@ -28,17 +31,26 @@ inline constexpr std::int32_t kDownloadSilenceS = 120;
 // What an entry keeps of the other side's stop message.
 inline constexpr std::size_t kMaxDownloadMessage = 65535;
 
-class DownloadClient {
+// How long an entry that was pushed for waits for the offer.
+inline constexpr int kOfferMs = 30'000;
+
+class DownloadClient : public OfferTaker {
  public:
-  // `version` is the program's major.minor.revision.
+  // `version` is the program's major.minor.revision. Without `pushes` none is sent.
   DownloadClient(EventLoop& loop, Network& network, Files& files, Form& form, DebugLog& log,
-                 DownloadList& downloads, std::string version);
-  ~DownloadClient();
+                 DownloadList& downloads, std::string version, PushSender* pushes = nullptr,
+                 const Behaviour& behaviour = kClassic);
+  ~DownloadClient() override;
 
   // Opens a connection for an entry that is not running. Returns "" when the attempt has started
   // (or ended with a status of its own), else the error's text.
   std::string connect(std::size_t entry, const std::string& address, std::int16_t port,
                       const std::string& host_name);
+
+  // A servent that was pushed for offers its file: the entry that waits for exactly that one goes
+  // on over its connection.
+  [[nodiscard]] bool takes_offers() const override { return behaviour_.push; }
+  bool take_offer(const PushOffer& offer, std::unique_ptr<Socket>& connection) override;
 
   // Closes every connection; the entries keep what they have.
   void close_all();
@@ -53,9 +65,11 @@ class DownloadClient {
   // Events of one `downl` element.
   void downl_Connect(Element& element);
   void downl_Read(Element& element, std::string_view block);
+  void refused(Element& element);
   void timeout_downl_t_Timer(Element& element);
   void silence_Timer(Element& element);
 
+  bool ask_push(Element& element);
   void incomming_download_data(Element& element, std::string_view block);
   template <class Body>
   void guarded(Element& element, Body&& body);
@@ -80,6 +94,8 @@ class DownloadClient {
   DebugLog& log_;
   DownloadList& downloads_;
   std::string version_;
+  PushSender* pushes_;
+  const Behaviour& behaviour_;
   OneBased<std::unique_ptr<Element>> downl_;
   std::deque<Element*> finishing_;  // all bytes are there; the file gets its name in a later turn
   // Continuations look here whether the client still exists.

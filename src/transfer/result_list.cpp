@@ -58,6 +58,9 @@ std::string ResultList::cell(std::size_t row, std::size_t column) const {
 
 std::string ResultList::cell_tooltip(std::size_t row, std::size_t column) const {
   const search_result& result = results_.at(row);
+  if (column == 1 && result.search != 0) {
+    return result.name + "   Search " + std::to_string(result.search);
+  }
   if (column == 1) return result.name;
   if (column == 4) return location_tooltip(result, show_dns_);
   return {};

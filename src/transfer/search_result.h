@@ -18,8 +18,9 @@ struct search_result {
   std::string host_name;  // shorter than 3 characters while it is not known
   std::string speed;      // kbit/s as the other side tells it
   std::array<char, 16> servent_guid{};
-  std::string frequency;  // Hz, or empty
-  std::string bitrate;    // bit/s, or empty
+  std::string frequency;    // Hz, or empty
+  std::string bitrate;      // bit/s, or empty
+  std::int16_t search = 0;  // which of the user's searches it answers, 1 to 3; 0: not known
 };
 
 }  // namespace velmora

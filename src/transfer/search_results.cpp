@@ -23,17 +23,17 @@ SearchResults::SearchResults(EventLoop& loop, Form& form, DebugLog& log, HostNam
   form_.clear_search.on_click = [this] { clear_search(); };
 }
 
-void SearchResults::set_query_reply_view(const QueryHit& hit) {
+void SearchResults::set_query_reply_view(const QueryHit& hit, std::int16_t search) {
   if (form_.stop_search.checked()) return;
   trap(log_, "Error: set_query_reply_view: ", [&] {
-    add(hit);
+    add(hit, search);
     form_.totalsearch.set_text(std::to_string(search_results_.upper_bound()));
     display_delay_->set_enabled(false);
     display_delay_->set_enabled(true);
   });
 }
 
-void SearchResults::add(const QueryHit& hit) {
+void SearchResults::add(const QueryHit& hit, std::int16_t search) {
   const std::size_t entries = std::min<std::size_t>(hit.hits, hit.results.size());
   std::size_t bytes = name_bytes_;
   for (std::size_t i = 0; i < entries; ++i) bytes += hit.results[i].file_name.size();
@@ -63,6 +63,7 @@ void SearchResults::add(const QueryHit& hit) {
     std::copy_n(hit.servent_guid.begin(),
                 std::min(hit.servent_guid.size(), result.servent_guid.size()),
                 result.servent_guid.begin());
+    result.search = search;
     result.host_name = names_.dns_from_cache(result.address);
   }
 }

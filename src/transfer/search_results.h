@@ -1,9 +1,10 @@
-// What the network found: one record for each file entry of every query hit that arrived, whatever
-// query it answers. The array only grows, until the user clears it, within a budget of rows and
-// bytes; lfound is redrawn one second after the last hit.
+// What the network found: one record for each file entry of every query hit that was for us. The
+// array only grows, until the user clears it, within a budget of rows and bytes; lfound is redrawn
+// one second after the last hit.
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <memory>
 
@@ -29,7 +30,7 @@ class SearchResults : public QueryHitIntake {
                 std::function<void()> on_display_delay);
 
   // Traps its errors ("Error: set_query_reply_view: "), as does display_query_reply.
-  void set_query_reply_view(const QueryHit& hit) override;
+  void set_query_reply_view(const QueryHit& hit, std::int16_t search = 0) override;
   void display_query_reply();
   // Has both lists redrawn within the delay, however often it is called.
   void display_soon() { display_delay_->set_enabled(true); }
@@ -39,7 +40,7 @@ class SearchResults : public QueryHitIntake {
   [[nodiscard]] const OneBased<search_result>& search_results() const { return search_results_; }
 
  private:
-  void add(const QueryHit& hit);
+  void add(const QueryHit& hit, std::int16_t search);
   void display_delay_Timer();
 
   Form& form_;

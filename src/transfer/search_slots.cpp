@@ -11,10 +11,11 @@ SearchSlots::SearchSlots(Form& form) {
   };
 }
 
-void SearchSlots::remember_search(const std::string& text, const std::string& guid) {
+std::int16_t SearchSlots::remember_search(const std::string& text, const std::string& guid) {
   const auto slot = static_cast<std::size_t>(current_search_ - 1);
   if (slot >= search_slots_.size()) throw PlatformError(Errc::subscript_out_of_range);
   search_slots_[slot] = {text, guid};
+  return current_search_;
 }
 
 }  // namespace velmora

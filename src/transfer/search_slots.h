@@ -1,5 +1,5 @@
 // The user's three searches: the query last sent from each slot, and which slot the next one goes
-// to. Incoming hits are not matched against them.
+// to. It matches no hits.
 #pragma once
 
 #include <array>
@@ -20,7 +20,7 @@ class SearchSlots : public SearchMemory {
  public:
   explicit SearchSlots(Form& form);
 
-  void remember_search(const std::string& text, const std::string& guid) override;
+  std::int16_t remember_search(const std::string& text, const std::string& guid) override;
 
   [[nodiscard]] std::int16_t current_search() const { return current_search_; }  // 1 to 3
   void set_current_search(std::int16_t number) { current_search_ = number; }
