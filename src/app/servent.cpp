@@ -76,23 +76,28 @@ struct Servent::Parts {
     log.echo = options.echo_log;
     connections.deliver_to(framing);
     uploads.hand_offers_to(download_client);
-    behaviour_choice.on_change = [this] { follow_behaviour(); };
     refresh.also = [this] {
       uploads.refresh();
       downloads.redraw();
+    };
+    behaviour_choice.on_change = [this] {
+      const std::string text = settled ? follow_behaviour() : "";
+      if (!text.empty()) form.StatusBar.set_panel(1, text);
     };
     host_cache.on_change = [this] { results.display_soon(); };
     form.mnuexit.on_click = [this] { end_program(); };
   }
 
-  // For what does more than look at its switch when it needs it.
-  void follow_behaviour() {
+  // For what does more than look at its switch when it needs it. Returns what could not be loaded.
+  std::string follow_behaviour() {
     connections.behaviour_changed();
     identifier.behaviour_changed();
-    if (running) local_servents.update();
+    local_servents.update();
     relay.follow_behaviour();
     push_answering.follow_behaviour();
     keep_alive.follow_behaviour();
+    results.display_query_reply();
+    return download_queue.follow_behaviour();
   }
 
   void end_program() {
@@ -108,6 +113,7 @@ struct Servent::Parts {
   ServentOptions options;
   std::function<void()> request_exit;
   bool running = false;
+  bool settled = false;         // the settings are loaded, so that the switches are the user's
   bool cache_in_doubt = false;  // the file could not be read, or not all of it
   std::shared_ptr<bool> alive = std::make_shared<bool>(true);
   std::unique_ptr<ProfileLock> lock;
@@ -151,14 +157,16 @@ struct Servent::Parts {
   PushAnswers push_answers{push_answering};
   PushRequests push_requests{relay, originator};
 
-  SearchResults results{platform.loop, form, log, host_names,
-                        [this] { cache_list.display_cache(); }};
+  HitFilter hit_filter{form, search_slots, behaviour};
+  SearchResults results{
+      platform.loop, form,       log, host_names, [this] { cache_list.display_cache(); },
+      behaviour,     &hit_filter};
   SearchCommands search_commands{form, originator};
   DownloadList downloads{form};
   DownloadClient download_client{platform.loop, platform.network, platform.files, form,     log,
                                  downloads,     options.version,  &push_requests, behaviour};
-  DownloadQueue download_queue{platform.loop, platform.files, form,           log,
-                               results,       downloads,      download_client};
+  DownloadQueue download_queue{platform.loop, platform.files,  form,     log, results,
+                               downloads,     download_client, behaviour};
 
   NamesOf<ConnectionSlot> connection_names{
       connections.connection_slots(), form.lHosts,
@@ -227,10 +235,14 @@ Servent::Started Servent::start() {
     set_from_text(named_control(p.form, name), value);
   }
 
+  p.settled = true;
+  const std::string downloads_text = p.follow_behaviour();
+
   p.listeners.open();
   // The listeners have cleared the panel; what they say themselves stays.
   if (p.form.StatusBar.panel(1).empty()) {
-    p.form.StatusBar.set_panel(1, joined({cache_text, shared_list_text, store_text}));
+    p.form.StatusBar.set_panel(1,
+                               joined({cache_text, shared_list_text, store_text, downloads_text}));
   }
   p.form.version.set_text("Version: " + p.options.version);
   p.platform.tray.add(p.form.frmMain.caption());
@@ -244,7 +256,7 @@ Servent::Started Servent::start() {
 void Servent::shutdown() {
   Parts& p = *parts_;
   if (!p.running) return;
-  p.running = false;
+  p.running = p.settled = false;
   // Each on its own: one that fails keeps none of the others from being done.
   const auto step = [&](auto&& body) { trap(p.log, "shutdown: ", body); };
   step([&] { p.dns_scan.stop(); });
@@ -259,6 +271,7 @@ void Servent::shutdown() {
   step([&] { p.connections.close_all(); });
   step([&] { p.uploads.shutdown(); });
   step([&] { p.download_client.close_all(); });
+  step([&] { p.download_queue.stop(); });
   step([&] {
     p.form.frmDebug.hide();
     p.form.frmUnknown.hide();
@@ -272,6 +285,11 @@ void Servent::shutdown() {
 void Servent::save() {
   Parts& p = *parts_;
   Save_settings(p.form, p.store, p.log);
+  const std::string downloads_text = p.download_queue.save();
+  if (!downloads_text.empty()) {
+    p.log.debug_log(downloads_text);
+    p.platform.boxes.show(BoxIcon::critical, "Problems saving the downloads", downloads_text);
+  }
   trap(p.log, "shutdown: ", [&] {
     Files& files = p.platform.files;
     std::string cache_text = p.cache_in_doubt ? keep_cache(files, kCacheFile) : "";

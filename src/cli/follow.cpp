@@ -61,6 +61,11 @@ void Follow::look() {
 
 void Follow::look_at(Entry& entry, const List& list) {
   if (list.cell(entry.row - 1, "Filename") != entry.name) {
+    for (std::size_t index = 0; index < list.rows.size(); ++index) {
+      if (list.cell(index, "Filename") == entry.name) entry.row = index + 1;  // it was moved
+    }
+  }
+  if (list.cell(entry.row - 1, "Filename") != entry.name) {
     entry.status = "no longer in the download list";
     entry.over = true;
     return;

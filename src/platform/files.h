@@ -57,6 +57,8 @@ class Files {
   // Renames inside the folder and makes it last; an existing target raises "File exists".
   virtual void finish_partial(const std::string& folder, const std::string& from,
                               const std::string& to) = 0;
+  // Deletes a regular file directly inside the folder; one that is missing is no error.
+  virtual void remove_partial(const std::string& folder, const std::string& name) = 0;
 
   virtual std::unique_ptr<DirectoryListing> list(const std::string& folder) = 0;
   virtual std::uint64_t size(const std::string& path) = 0;

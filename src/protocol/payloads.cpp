@@ -89,6 +89,8 @@ std::string query_reply_to_str(const QueryHit& hit, DebugLog& log) {
 QueryHit str_to_query_reply(const DescriptorHeader& header, std::string_view payload, DebugLog& log,
                             const Behaviour& behaviour) {
   QueryHit hit;
+  const std::string_view guid = header.guid;
+  std::copy_n(guid.begin(), std::min(guid.size(), hit.query_guid.size()), hit.query_guid.begin());
   char stage = '1';
   const std::string error = trapped("", [&] {
     std::string_view rest =

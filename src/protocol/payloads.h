@@ -3,6 +3,7 @@
 // none. A ping has no payload.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -40,6 +41,7 @@ struct QueryHit {
   float speed = 0;                      // kbit/s as the other side tells it
   std::vector<QueryHitResult> results;  // result i of the wire is results[i - 1]
   std::string servent_guid = std::string(kGuidSize, ' ');
+  std::array<char, kGuidSize> query_guid{};  // a received one's: of the query that it answers
 };
 
 struct Push {

@@ -139,6 +139,13 @@ void WatchedFiles::finish_partial(const std::string& folder, const std::string& 
   seam_.watch.on_finished(folder, to);
 }
 
+void WatchedFiles::remove_partial(const std::string& folder, const std::string& name) {
+  machine_needs_memory();
+  const InMachine side;
+  may_fail(seam_);
+  seam_.machine.files.remove_partial(folder, name);
+}
+
 std::unique_ptr<DirectoryListing> WatchedFiles::list(const std::string& folder) {
   machine_needs_memory();
   const InMachine side;

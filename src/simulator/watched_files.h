@@ -12,6 +12,7 @@ class WatchedFiles : public Files {
   std::unique_ptr<File> open_partial(const std::string& folder, const std::string& name) override;
   void finish_partial(const std::string& folder, const std::string& from,
                       const std::string& to) override;
+  void remove_partial(const std::string& folder, const std::string& name) override;
   std::unique_ptr<DirectoryListing> list(const std::string& folder) override;
   std::uint64_t size(const std::string& path) override;
   std::string read_whole(const std::string& path, std::size_t most) override;

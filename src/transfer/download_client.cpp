@@ -10,6 +10,7 @@
 #include "transfer/disk_name.h"
 #include "transfer/download_request.h"
 #include "transfer/http_reply.h"
+#include "transfer/resume_check.h"
 #include "transfer/stop_message.h"
 
 namespace velmora {
@@ -49,8 +50,10 @@ class DownloadClient::Element : public SocketEvents {
   std::size_t entry = 0;    // of the download list; 0 while none is being fetched
   std::uint64_t start = 0;  // the first byte that this connection asked for
   bool lost_bytes = false;  // some came behind the header in its block
-  std::string held;         // bytes that may be the beginning of a stop message
-  bool finishing = false;   // waits for its turn to become a finished file
+  std::uint64_t again = 0;  // bytes before the start that were asked for, to be compared
+  ResumeCheck check;
+  std::string held;        // bytes that may be the beginning of a stop message
+  bool finishing = false;  // waits for its turn to become a finished file
   enum class Push { possible, asked, over } push = Push::possible;  // one for each attempt
   std::unique_ptr<Socket> socket;
   std::unique_ptr<Timer> timeout_downl_t;
@@ -111,6 +114,9 @@ std::string DownloadClient::connect(std::size_t entry, const std::string& addres
     element.start = record.bytes_received;
     element.lost_bytes = false;
     element.push = Element::Push::possible;
+    // Kept: nothing is compared, unless the switch whole_files is on.
+    element.again = record.whole ? std::min<std::uint64_t>(kMaxCompared, element.start) : 0;
+    element.check.expect({});
     record.state = 1;
     record.status = "Requesting to Connect";
     record.message.clear();
@@ -125,6 +131,7 @@ void DownloadClient::end(Element& element, const std::string& status) {
   DownloadRecord& record = record_of(element);
   if (element.lost_bytes && !record.complete()) {
     record.bytes_received = std::min(record.bytes_received, element.start);
+    if (record.whole && record.file) trapped({}, [&] { record.file->cut(element.start); });
   }
   element.entry = 0;
   if (element.finishing) std::erase(finishing_, &element);
@@ -142,10 +149,26 @@ void DownloadClient::end(Element& element, const std::string& status) {
 // Held bytes that are all the rest of the file were no message; others are asked for again.
 void DownloadClient::no_more(Element& element, const std::string& status) {
   const DownloadRecord& record = record_of(element);
-  const bool all = record.file && !element.held.empty() &&
-                   element.held.size() == record.exact_size() - record.file->position();
+  const bool all =
+      record.file && !element.held.empty() &&
+      element.held.size() == record.exact_size() - record.file->position() + element.check.left();
   if (all) guarded(element, [&] { write_block(element, std::exchange(element.held, {})); });
   if (element.entry != 0 && !element.finishing) end(element, status);
+}
+
+bool DownloadClient::stop(std::size_t entry, const std::string& status) {
+  for (const auto& element : downl_) {
+    if (element->entry != entry) continue;
+    if (element->finishing) return false;
+    end(*element, status);
+  }
+  return true;
+}
+
+void DownloadClient::renumber(const std::vector<std::size_t>& place) {
+  for (const auto& element : downl_) {
+    if (element->entry != 0) element->entry = place.at(element->entry);
+  }
 }
 
 void DownloadClient::close_all() {
@@ -161,7 +184,8 @@ void DownloadClient::downl_Connect(Element& element) {
   const std::string error = trapped({}, [&] {
     DownloadRecord& record = record_of(element);
     element.push = Element::Push::over;
-    element.socket->write(download_request(record, version_, form_.upport_config.text()));
+    element.socket->write(
+        download_request(record, version_, form_.upport_config.text(), element.again));
     record.status = "Connected";
     downloads_.redraw();
   });
@@ -260,12 +284,17 @@ void DownloadClient::process_data(Element& element, std::string_view block) {
 }
 
 // Kept: a header is recognised per block, at its start. While the file is open only a block that is
-// nothing but a header counts as one again, for a file may hold such a line anywhere.
+// nothing but a header counts as one again, for a file may hold such a line anywhere. With the
+// switch whole_files none does, and what follows the header in its block is of the file.
 void DownloadClient::process_block(Element& element, std::string_view block) {
   const std::size_t header = is_reply_header(block) ? reply_header_length(block) : 0;
-  const bool open = record_of(element).file != nullptr;
+  const DownloadRecord& record = record_of(element);
+  const bool open = record.file != nullptr;
   if (header == 0 && !open) {
     refuse(element, block);
+  } else if (record.whole) {
+    if (open) return write_block(element, block);
+    process_reply(element, block.substr(0, header), block.substr(header));
   } else if (!open || header == block.size()) {
     element.lost_bytes = element.lost_bytes || header < block.size();
     process_header(element, block.substr(0, header));
@@ -279,18 +308,45 @@ void DownloadClient::refuse(Element& element, std::string_view block) {
   end(element, "No HTTP OK!");
 }
 
+void DownloadClient::process_reply(Element& element, std::string_view header,
+                                   std::string_view rest) {
+  process_header(element, header);
+  if (element.entry != 0 && !element.finishing && !rest.empty()) process_data(element, rest);
+}
+
 // Kept: file bytes in the same block behind the header are not written.
 void DownloadClient::process_header(Element& element, std::string_view header) {
   DownloadRecord& record = record_of(element);
   const HttpReply reply = parse_http_reply(header);
   if (!reply.server.empty()) record.server = reply.server.substr(0, kMaxServerName);
-  if (reply.content_length) record.size = std::to_string(*reply.content_length);
+  if (reply.content_length) {
+    if (!same_length(element, *reply.content_length)) return end_as_other_file(element);
+    record.size = std::to_string(*reply.content_length);
+    if (record.whole) record.whole->exact = true;
+  }
   if (!reply.content_length && record.exact_size() == 0) return refuse(element, header);
 
   const std::uint64_t position = record.file ? record.file->position() : element.start;
   if (record.exact_size() < position) throw PlatformError(Errc::input_past_end);
   if (!record.file) open_file(element);
   if (element.entry != 0) downloads_.redraw();
+}
+
+// Kept: whatever length the reply tells is the file's. With the switch whole_files it must be that
+// of the file of which a part is here.
+bool DownloadClient::same_length(const Element& element, std::uint64_t length) {
+  const DownloadRecord& record = record_of(element);
+  if (!record.whole || element.start == 0) return true;
+  if (record.whole->exact) return record.exact_size() == length;
+  return to_single(val(record.size)) == to_single(static_cast<double>(length));
+}
+
+void DownloadClient::end_as_other_file(Element& element) {
+  DownloadRecord& record = record_of(element);
+  if (record.whole) record.whole->differs = true;
+  record.message = record.address + ":" + record.port + " has another file of this name.";
+  log_.debug_log("Download: " + escape_control_bytes(record.message));
+  end(element, "Not the same file");
 }
 
 // A download that has nothing left to fetch is "Done" without touching a finished file: what still
@@ -313,11 +369,16 @@ void DownloadClient::open_file(Element& element) {
     }
   }
   record.file = std::make_unique<PartialFile>(files_, folder, std::move(name), element.start);
-  if (complete) finish_soon(element);
+  if (element.again > 0) {
+    element.check.expect(record.file->before(static_cast<std::size_t>(element.again)));
+  }
+  if (complete && element.check.left() == 0) finish_soon(element);
 }
 
 void DownloadClient::write_block(Element& element, std::string_view block) {
   DownloadRecord& record = record_of(element);
+  if (!element.check.agrees(block)) return end_as_other_file(element);
+  if (element.check.left() > 0) return;
   const std::uint64_t promised = record.exact_size() - record.file->position();
   record.file->write(
       block.substr(0, static_cast<std::size_t>(std::min<std::uint64_t>(promised, block.size()))));

@@ -11,6 +11,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "form/form.h"
 #include "net/questions.h"
@@ -51,6 +52,13 @@ class DownloadClient : public OfferTaker {
   // on over its connection.
   [[nodiscard]] bool takes_offers() const override { return behaviour_.push; }
   bool take_offer(const PushOffer& offer, std::unique_ptr<Socket>& connection) override;
+  // Ends an entry's transfer with that status; false while all its bytes are there and it becomes a
+  // finished file.
+  bool stop(std::size_t entry, const std::string& status);
+
+  // The entries were put in other places: entry i stands at place[i], 0 for one that is gone, which
+  // must not be running.
+  void renumber(const std::vector<std::size_t>& place);
 
   // Closes every connection; the entries keep what they have.
   void close_all();
@@ -77,7 +85,10 @@ class DownloadClient : public OfferTaker {
   void process_data(Element& element, std::string_view block);
   void process_block(Element& element, std::string_view block);
   void refuse(Element& element, std::string_view block);
+  void process_reply(Element& element, std::string_view header, std::string_view rest);
   void process_header(Element& element, std::string_view header);
+  bool same_length(const Element& element, std::uint64_t length);
+  void end_as_other_file(Element& element);
   void open_file(Element& element);
   void write_block(Element& element, std::string_view block);
   void finish_soon(Element& element);

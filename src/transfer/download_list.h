@@ -1,8 +1,10 @@
 // The downloads that the user queued, and the rows of ldown as a view over them. Entries are never
-// removed; a finished one is taken by the next queueing. It starts nothing itself.
+// removed; a finished one is taken by the next queueing (the switch whole_files moves and removes
+// them). It starts nothing itself.
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -22,6 +24,9 @@ class DownloadList : public ListSource {
   [[nodiscard]] OneBased<DownloadRecord>& download_list() { return download_list_; }
   [[nodiscard]] const OneBased<DownloadRecord>& download_list() const { return download_list_; }
 
+  // For an entry's id: never 0, never the same again.
+  [[nodiscard]] std::uint64_t next_id() { return ++last_id_; }
+
   // Shows the entries anew; called after every change of one.
   void redraw();
 
@@ -36,6 +41,7 @@ class DownloadList : public ListSource {
  private:
   Form& form_;
   OneBased<DownloadRecord> download_list_{kMaxDownloads};
+  std::uint64_t last_id_ = 0;
 };
 
 }  // namespace velmora

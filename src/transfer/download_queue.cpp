@@ -12,22 +12,46 @@ namespace velmora {
 
 DownloadQueue::DownloadQueue(EventLoop& loop, Files& files, Form& form, DebugLog& log,
                              const SearchResults& results, DownloadList& downloads,
-                             DownloadClient& client)
+                             DownloadClient& client, const Behaviour& behaviour)
     : files_(files),
       form_(form),
       log_(log),
       results_(results),
       downloads_(downloads),
       client_(client),
-      downl_file_t_(loop.make_timer(1000, [this] { download_manager(); })) {
+      behaviour_(behaviour),
+      whole_(loop, files, form, log, results, downloads, client),
+      buttons_(form, log, whole_, [this] { return whole_on_; }),
+      downl_file_t_(loop.make_timer(1000, [this] { whole_.pass(); })) {
   form_.lfound.on_activate = [this](std::size_t row) { queue_result(row); };
-  form_.resume_down.on_click = [this] { download_manager(); };
+  form_.resume_down.on_click = [this] {
+    if (whole_on_) return whole_.resume_all();
+    download_manager();
+  };
 }
+
+std::string DownloadQueue::follow_behaviour() {
+  if (behaviour_.whole_files == whole_on_) return {};
+  whole_on_ = behaviour_.whole_files;
+  downl_file_t_->set_enabled(whole_on_);
+  if (whole_on_) return whole_.begin();
+  whole_.end();
+  return {};
+}
+
+void DownloadQueue::stop() {
+  downl_file_t_->set_enabled(false);
+  if (whole_on_) whole_.settle();
+}
+
+std::string DownloadQueue::save() { return whole_on_ ? whole_.save() : std::string(); }
 
 void DownloadQueue::queue_result(std::size_t row) {
   if (row == 0) return;
   trap(log_, "queue_result: ", [&] {
-    const search_result& result = results_.search_results().at(row);
+    if (whole_on_) return whole_.queue(row);
+    const search_result& result =
+        results_.search_results().at(results_.results_of_row(row).front());
     if (queued(result)) {
       form_.StatusBar.set_panel(1, "This file is already qued to Download.");
       return;

@@ -8,6 +8,7 @@
 
 #include "transfer/partial_file.h"
 #include "transfer/search_result.h"
+#include "transfer/whole_file.h"
 
 namespace velmora {
 
@@ -22,6 +23,8 @@ struct DownloadRecord : search_result {
   std::unique_ptr<PartialFile> file;  // none while no file is open
   std::string message;                // what the other side said, if anything
   std::string server;                 // as its reply names it
+  std::uint64_t id = 0;               // tells entries that may move apart; 0: it never moves
+  std::unique_ptr<WholeFile> whole;   // while the switch whole_files is on
 
   [[nodiscard]] float bytes_received_single() const;
   [[nodiscard]] std::uint64_t exact_size() const;  // the size text as a number

@@ -1,5 +1,6 @@
 #include "transfer/partial_file.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "platform/error.h"
@@ -39,6 +40,21 @@ std::uint64_t PartialFile::length_on_disk(Files& files, const std::string& folde
 std::uint64_t PartialFile::finished_length(Files& files, const std::string& folder,
                                            const std::string& name) {
   return length_if_there(files, path_in(folder, name));
+}
+
+void PartialFile::remove(Files& files, const std::string& folder, const std::string& name) {
+  if (folder.empty()) throw PlatformError(Errc::path_not_found);
+  files.remove_partial(folder, partial(name));
+}
+
+std::string PartialFile::before(std::size_t most) const {
+  const std::uint64_t length = std::min<std::uint64_t>(most, position_);
+  return file_->read(position_ - length, static_cast<std::size_t>(length));
+}
+
+void PartialFile::cut(std::uint64_t length) {
+  if (file_->size() > length) file_->truncate(length);
+  position_ = std::min(position_, length);
 }
 
 void PartialFile::write(std::string_view data) {

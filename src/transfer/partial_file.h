@@ -25,12 +25,19 @@ class PartialFile {
   // The same for the file under its final name.
   static std::uint64_t finished_length(Files& files, const std::string& folder,
                                        const std::string& name);
+  // Deletes the partial file, if there is one; never the finished one. Raises the platform's error.
+  static void remove(Files& files, const std::string& folder, const std::string& name);
 
   [[nodiscard]] const std::string& folder() const { return folder_; }
   [[nodiscard]] const std::string& name() const { return name_; }
   [[nodiscard]] std::uint64_t position() const { return position_; }
 
+  // At most so many bytes that lie before the position.
+  [[nodiscard]] std::string before(std::size_t most) const;
+
   void write(std::string_view data);
+  // Drops what lies behind the length.
+  void cut(std::uint64_t length);
   // Cuts the file at the position, closes it and gives it its final name. A file of that name is
   // never replaced: "File exists", and the partial file stays.
   void finish();

@@ -8,16 +8,19 @@
 #include "platform/number.h"
 #include "platform/trap.h"
 #include "transfer/parse_filename.h"
+#include "transfer/whole_file.h"
 
 namespace velmora {
 
 SearchResults::SearchResults(EventLoop& loop, Form& form, DebugLog& log, HostNames& names,
-                             std::function<void()> on_display_delay)
+                             std::function<void()> on_display_delay, const Behaviour& behaviour,
+                             HitFilter* filter)
     : form_(form),
       log_(log),
       names_(names),
+      filter_(filter),
       on_display_delay_(std::move(on_display_delay)),
-      list_(form, search_results_),
+      list_(form, search_results_, behaviour),
       display_delay_(loop.make_timer(kDisplayDelayMs, [this] { display_delay_Timer(); })) {
   display_delay_->set_enabled(true);
   form_.clear_search.on_click = [this] { clear_search(); };
@@ -26,7 +29,15 @@ SearchResults::SearchResults(EventLoop& loop, Form& form, DebugLog& log, HostNam
 void SearchResults::set_query_reply_view(const QueryHit& hit, std::int16_t search) {
   if (form_.stop_search.checked()) return;
   trap(log_, "Error: set_query_reply_view: ", [&] {
-    add(hit, search);
+    // Kept: every file of every hit is a result, unless the switch filter_results is on.
+    if (filter_ != nullptr && filter_->on()) {
+      const QueryHit kept = filter_->kept(hit);
+      if (kept.results.empty()) return;
+      add(kept, search);
+    } else {
+      add(hit, search);
+    }
+    list_.follow_results();
     form_.totalsearch.set_text(std::to_string(search_results_.upper_bound()));
     display_delay_->set_enabled(false);
     display_delay_->set_enabled(true);
@@ -76,6 +87,10 @@ void SearchResults::display_delay_Timer() {
 
 void SearchResults::display_query_reply() {
   trap(log_, "Error: display_query_reply: ", [&] { list_.redraw(); });
+}
+
+std::vector<std::size_t> SearchResults::results_of_row(std::size_t row) const {
+  return list_.results_of(row, kMaxSources);
 }
 
 void SearchResults::clear_search() {

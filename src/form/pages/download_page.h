@@ -21,7 +21,8 @@ struct DownloadPage {
                  {"Filename", "Size", "Status", "Location"}};
   Button resume_down{form_, "resume_down", page, "Resume",
                      "Start or resume every download that isn't running."};
-  // The next four buttons do nothing, on purpose.
+  // The next four buttons do nothing, on purpose, unless the switch whole_files is on; then the box
+  // and the number below them count as well.
   Button pause_down{form_, "pause_down", page, "Pause", "Pause a download"};
   Button delete_down{form_, "delete_down", page, "Delete", "Delete a download"};
   Button upque_down{form_, "upque_down", page, "Up", "Move a download up the queue"};

@@ -18,7 +18,7 @@ struct SearchPage {
                       "Send the search to all connected hosts."};
   CheckBox stop_search{form_, "stop_search", page, "Stop", "Ignore any more results"};
   Button clear_search{form_, "clear_search", page, "Clear", "Clear search results"};
-  // Shown and set, but nothing reads it, on purpose.
+  // Nothing reads it, on purpose, unless the switch filter_results is on.
   CheckBox filtersearch{form_, "filtersearch", page, "Filter Results",
                         "Some Clients send files that don't meet your search, this omits them."};
   OptionGroup search_num{

@@ -131,6 +131,11 @@ void SimFiles::finish_partial(const std::string& folder, const std::string& from
   file->make_last();
 }
 
+void SimFiles::remove_partial(const std::string& folder, const std::string& name) {
+  disk_->check_fault();
+  disk_->files.erase(entry_path(*disk_, folder, name));
+}
+
 std::unique_ptr<DirectoryListing> SimFiles::list(const std::string& folder) {
   disk_->check_fault();
   disk_->check_folder(folder);

@@ -149,6 +149,18 @@ void UvFiles::finish_partial(const std::string& folder, const std::string& from,
   sync_folder(directory.get());
 }
 
+void UvFiles::remove_partial(const std::string& folder, const std::string& name) {
+  const Descriptor directory = open_folder(profile_.get(), folder);
+  check_entry(name);
+  try {
+    stat_regular(directory.get(), name);
+  } catch (const PlatformError& error) {
+    if (error.code() != Errc::path_not_found) throw;
+    return;
+  }
+  checked([&] { return unlinkat(directory.get(), name.c_str(), 0); });
+}
+
 std::unique_ptr<DirectoryListing> UvFiles::list(const std::string& folder) {
   return std::make_unique<UvListing>(open_folder(profile_.get(), folder));
 }
