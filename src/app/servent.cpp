@@ -67,9 +67,9 @@ std::string joined(std::initializer_list<std::string> texts) {
 struct Servent::Parts {
   Parts(Platform machine, ServentOptions wishes)
       : loop(machine.loop, log),
-        platform{loop,           machine.network,       machine.files,   machine.boxes,
-                 machine.tray,   machine.programs,      machine.control, machine.dns,
-                 machine.random, machine.local_services},
+        platform{loop,           machine.network,        machine.files,   machine.boxes,
+                 machine.tray,   machine.programs,       machine.control, machine.dns,
+                 machine.random, machine.local_services, machine.folders},
         options(std::move(wishes)),
         store(platform.files, options.settings_path),
         control(form, platform.loop, platform.control, [this] { end_program(); }) {
@@ -93,6 +93,7 @@ struct Servent::Parts {
     connections.behaviour_changed();
     identifier.behaviour_changed();
     local_servents.update();
+    scan.follow_behaviour();
     relay.follow_behaviour();
     push_answering.follow_behaviour();
     keep_alive.follow_behaviour();
@@ -137,7 +138,7 @@ struct Servent::Parts {
   HostList host_list{form, connections};
   Identifiers identifiers{platform.loop, platform.random, behaviour};
   Relay relay{platform.loop, connections, counters, search_slots, behaviour};
-  Originator originator{identifiers, form, log, connections, routes, counters, relay};
+  Originator originator{identifiers, form, log, connections, routes, counters, relay, behaviour};
   HostDiscovery discovery{form,       log,        connections,
                           originator, host_cache, [this] { dns_update.dns_auto_update(); }};
   LocalServents local_servents{
@@ -151,7 +152,7 @@ struct Servent::Parts {
   QueryAnswering answering{shared_index, form, replies, log, behaviour};
   Answers answers{answering};
   SharedScan scan{platform, form, shared_index, log, behaviour};
-  UploadServer uploads{platform, form, shared_index, client_names, log};
+  UploadServer uploads{platform, form, shared_index, client_names, log, behaviour};
   CacheFilterRule push_rule{cache_filter, behaviour};
   PushAnswering push_answering{platform, shared_index, replies, push_rule, uploads, log, behaviour};
   PushAnswers push_answers{push_answering};

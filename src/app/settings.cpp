@@ -49,6 +49,7 @@ void carry(Pass& pass, AnyForm& form) {
 }
 
 constexpr const char* kBehaviour = "behaviour";
+constexpr const char* kLeftOutKey = "left_out";  // stored only when it was changed
 
 std::string flag_text(bool flag) { return flag ? "1" : "0"; }
 
@@ -81,6 +82,7 @@ struct Loading {
   }
   // A profile by name stands for its switches, those added to the program later included.
   void behaviour() {
+    (*this)(kBehaviour, kLeftOutKey, form.exclude_config);
     const std::string profile = store.read(kBehaviour, "profile", "");
     for (int known : {kClassicProfile, kOverlayProfile}) {
       if (profile == form.behaviour.option(known)) return form.behaviour.choose(known);
@@ -125,6 +127,8 @@ struct Saving {
   void behaviour() {
     store.delete_section(kBehaviour);
     store.write(kBehaviour, "profile", form.behaviour.option(form.behaviour.chosen()));
+    if (form.exclude_config.text() != kLeftOut)
+      (*this)(kBehaviour, kLeftOutKey, form.exclude_config);
     if (form.behaviour.chosen() != kOwnChoice) return;
     for (std::size_t i = 0; i < kBehaviourSwitches.size(); ++i) {
       (*this)(kBehaviour, kBehaviourSwitches[i].name, form.behaviour_boxes[i]);

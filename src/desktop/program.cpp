@@ -49,10 +49,11 @@ void Program::start() {
 
 void Program::start_servent() {
   const Platform machine = platform_.platform();
-  servent_ = std::make_unique<Servent>(
-      Platform{machine.loop, machine.network, machine.files, boxes_, tray_, programs_,
-               machine.control, machine.dns, machine.random, machine.local_services},
-      options());
+  servent_ =
+      std::make_unique<Servent>(Platform{machine.loop, machine.network, machine.files, boxes_,
+                                         tray_, programs_, machine.control, machine.dns,
+                                         machine.random, machine.local_services, machine.folders},
+                                options());
   tray_.attach(servent_->form());
   if (servent_->start() == Servent::Started::already_running) {
     std::fprintf(stderr, "velmora: a servent runs on profile %s already\n", paths_.profile.c_str());

@@ -1,5 +1,6 @@
 #include "net/originator.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "platform/number.h"
@@ -10,6 +11,8 @@
 namespace velmora {
 namespace {
 
+constexpr double kMostToTell = 2'147'483'520;  // the largest single-precision number of 31 bits
+
 // A label that shows nothing counts as 0; one that shows "--" during a scan is no number.
 double shown_number(const Label& label) {
   return label.text().empty() ? 0.0 : number(label.text());
@@ -19,14 +22,16 @@ double shown_number(const Label& label) {
 
 Originator::Originator(const Identifiers& identifiers, Form& form, DebugLog& log,
                        MessageConnections& connections, RoutingTable& routes,
-                       TrafficCounters& counters, SearchMemory& searches)
+                       TrafficCounters& counters, SearchMemory& searches,
+                       const Behaviour& behaviour)
     : identifiers_(identifiers),
       form_(form),
       log_(log),
       connections_(connections),
       routes_(routes),
       counters_(counters),
-      searches_(searches) {}
+      searches_(searches),
+      behaviour_(behaviour) {}
 
 DescriptorHeader Originator::new_header(std::uint8_t function, std::string_view guid) const {
   DescriptorHeader header;
@@ -77,7 +82,8 @@ const std::string& Originator::pong_payload() {
   PongSource source{.address = own_address(),
                     .port = connections_.local_port(),
                     .files = form_.sharenum_config.text(),
-                    .kilobytes = form_.sharesize_config.text()};
+                    .kilobytes = form_.sharesize_config.text(),
+                    .large_library = behaviour_.large_library};
   const bool good = static_cast<float>(pong_payload_.size()) == kPongLength;
   if (good && source == pong_source_) return pong_payload_;
   pong_payload_.clear();
@@ -85,8 +91,7 @@ const std::string& Originator::pong_payload() {
   pong.address = source.address;
   pong.port = source.port;
   pong.files = to_single(shown_number(form_.sharenum_config));
-  // Kept: the total is sent as it is shown, in bytes, in a field that others read as kilobytes.
-  pong.kilobytes = to_single(shown_number(form_.sharesize_config));
+  pong.kilobytes = to_single(total_to_tell());
   pong_payload_ = pong_to_str(pong, log_);
   pong_source_ = std::move(source);
   return pong_payload_;
@@ -110,6 +115,13 @@ bool Originator::send_push(std::size_t connection, std::string_view servent,
     connections_.msgwrite(connection, header_to_str(header, log_) + push_to_str(push, log_));
     counters_.pushes_out += 1;
   });
+}
+
+// Kept: the total is sent as it is shown, in bytes, in a field that others read as kilobytes. One
+// that does not fit into the field keeps the pong from being sent, except that of a large library.
+double Originator::total_to_tell() const {
+  const double total = shown_number(form_.sharesize_config);
+  return behaviour_.large_library ? std::min(total, kMostToTell) : total;
 }
 
 void Originator::send_query(const std::string& search_text) {

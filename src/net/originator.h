@@ -14,6 +14,7 @@
 #include "net/questions.h"
 #include "net/routing_table.h"
 #include "net/traffic_counters.h"
+#include "platform/behaviour.h"
 #include "protocol/identifiers.h"
 
 namespace velmora {
@@ -22,7 +23,7 @@ class Originator : public QuerySender {
  public:
   Originator(const Identifiers& identifiers, Form& form, DebugLog& log,
              MessageConnections& connections, RoutingTable& routes, TrafficCounters& counters,
-             SearchMemory& searches);
+             SearchMemory& searches, const Behaviour& behaviour = kClassic);
 
   void send_ping(std::size_t connection);
   // A ping that only the neighbour answers, and always: its identifier is never used again.
@@ -36,6 +37,7 @@ class Originator : public QuerySender {
  private:
   [[nodiscard]] std::string own_address() const;
   void write_ping(std::size_t connection, const DescriptorHeader& header);
+  [[nodiscard]] double total_to_tell() const;
   [[nodiscard]] DescriptorHeader new_header(std::uint8_t function, std::string_view guid) const;
 
   const std::string& pong_payload();
@@ -46,6 +48,7 @@ class Originator : public QuerySender {
     std::int16_t port = 0;
     std::string files;
     std::string kilobytes;
+    bool large_library = false;
     bool operator==(const PongSource&) const = default;
   };
 
@@ -58,6 +61,7 @@ class Originator : public QuerySender {
   SearchMemory& searches_;
   PongSource pong_source_;
   std::string pong_payload_;
+  const Behaviour& behaviour_;
 };
 
 }  // namespace velmora

@@ -31,8 +31,8 @@ class File {
   virtual void sync() = 0;
 };
 
-// A walk over the visible regular files directly inside one folder, each once, in the folder's
-// own order. Names that begin with "." are not visible.
+// A walk over the visible regular files (or folders) directly inside one folder, each once, in the
+// folder's own order. Names that begin with "." are not visible; links are neither.
 class DirectoryListing {
  public:
   virtual ~DirectoryListing() = default;
@@ -61,6 +61,7 @@ class Files {
   virtual void remove_partial(const std::string& folder, const std::string& name) = 0;
 
   virtual std::unique_ptr<DirectoryListing> list(const std::string& folder) = 0;
+  virtual std::unique_ptr<DirectoryListing> list_folders(const std::string& folder) = 0;
   virtual std::uint64_t size(const std::string& path) = 0;
   // The whole file; one larger than `most` raises "Out of memory".
   virtual std::string read_whole(const std::string& path, std::size_t most) = 0;

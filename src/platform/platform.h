@@ -8,6 +8,7 @@
 #include "platform/dns_client.h"
 #include "platform/event_loop.h"
 #include "platform/files.h"
+#include "platform/folder_watch.h"
 #include "platform/local_services.h"
 #include "platform/message_boxes.h"
 #include "platform/network.h"
@@ -26,6 +27,7 @@ struct Platform {
   DnsClient& dns;
   RandomSource& random = no_random_source();
   LocalServices* local_services = nullptr;  // may be missing
+  FolderWatcher* folders = nullptr;         // none where the machine cannot watch
 };
 
 }  // namespace velmora

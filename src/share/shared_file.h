@@ -10,7 +10,9 @@ namespace velmora {
 struct SharedFile {
   std::string name;       // for MPEG audio: name, byte 1, frequency, byte 1, bit rate
   std::int32_t size = 0;  // bytes when it was scanned
-  std::string path;       // the shared directory as the user typed it, without its last separator
+  // The folder it lies in: a shared directory as the user typed it, without its last separator, or
+  // a folder below that.
+  std::string path;
   std::int16_t uploads = 0;  // how often it was uploaded to its end
 };
 

@@ -14,13 +14,6 @@ namespace {
 constexpr std::size_t kFirstBound = 100;
 constexpr std::size_t kEnlargeBy = 50;
 
-std::string without_last_separator(std::string directory) {
-  if (!directory.empty() && (directory.back() == '/' || directory.back() == '\\')) {
-    directory.pop_back();
-  }
-  return directory;
-}
-
 bool ends_in_mp3(std::string_view name) {
   if (name.size() < 3) return false;
   const std::string_view end = name.substr(name.size() - 3);
@@ -39,6 +32,18 @@ std::string audio_information(Files& files, const std::string& path, DebugLog& l
 }
 
 }  // namespace
+
+std::string without_last_separator(std::string directory) {
+  if (!directory.empty() && (directory.back() == '/' || directory.back() == '\\')) {
+    directory.pop_back();
+  }
+  return directory;
+}
+
+std::string stored_name(Files& files, const std::string& path, const std::string& name,
+                        DebugLog& log, const Behaviour& behaviour) {
+  return ends_in_mp3(name) ? name + audio_information(files, path, log, behaviour) : name;
+}
 
 SharedFileScan::SharedFileScan(std::vector<std::string> directories, Files& files, DebugLog& log,
                                const Behaviour& behaviour)
@@ -86,7 +91,7 @@ void SharedFileScan::record_file() {
   const std::string path = directory_ + "/" + file.name;
   file.size = to_int32(static_cast<double>(files_.size(path)));
   total_ = to_int32(static_cast<double>(total_) + file.size);
-  if (ends_in_mp3(file.name)) file.name += audio_information(files_, path, log_, behaviour_);
+  file.name = stored_name(files_, path, file.name, log_, behaviour_);
   ++index_;
   take_next_name();
 }

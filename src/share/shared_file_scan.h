@@ -1,5 +1,5 @@
-// One scan of the shared directories, done in steps so that the loop turns between them. It builds
-// its own list and touches no other; who started it owns it. Subdirectories are not entered.
+// The classic scan of the shared directories. It builds its own list and touches no other; who
+// started it owns it. Subdirectories are not entered, an error ends it.
 #pragma once
 
 #include <cstddef>
@@ -12,31 +12,34 @@
 #include "platform/debug_log.h"
 #include "platform/files.h"
 #include "platform/one_based.h"
+#include "share/file_scan.h"
 #include "share/shared_file.h"
 
 namespace velmora {
 
-class SharedFileScan {
+// What every scan records: a directory as the user typed it without the separator at its end, and a
+// name, which for MPEG audio has its information behind it.
+std::string without_last_separator(std::string directory);
+std::string stored_name(Files& files, const std::string& path, const std::string& name,
+                        DebugLog& log, const Behaviour& behaviour);
+
+class SharedFileScan : public FileScan {
  public:
   SharedFileScan(std::vector<std::string> directories, Files& files, DebugLog& log,
                  const Behaviour& behaviour = kClassic);
 
-  // The next step: one directory opened or one file recorded. Returns false when the scan has
-  // ended. An error writes "Scan_my_files: " and the description, and ends it.
-  bool Scan_my_files();
-
-  // How far it is.
-  [[nodiscard]] std::size_t files_recorded() const { return listing_ ? index_ - 1 : index_; }
-  [[nodiscard]] const std::string& directory() const { return directory_; }  // the last entered
-  [[nodiscard]] std::size_t directories_done() const {
+  bool Scan_my_files() override;
+  [[nodiscard]] std::size_t files_recorded() const override {
+    return listing_ ? index_ - 1 : index_;
+  }
+  [[nodiscard]] const std::string& directory() const override { return directory_; }
+  [[nodiscard]] std::size_t directories_done() const override {
     return listing_ ? next_directory_ - 1 : next_directory_;
   }
-  [[nodiscard]] std::size_t directories() const { return directories_.size(); }
-
-  // Bytes of all files as decimal text; empty after an error.
-  [[nodiscard]] const std::string& total_text() const { return total_text_; }
-  // The files found. After an error the records filled so far, the list not shrunk to them.
-  OneBased<SharedFile> take_files();
+  [[nodiscard]] std::size_t directories() const override { return directories_.size(); }
+  [[nodiscard]] const std::string& total_text() const override { return total_text_; }
+  // After an error the records filled so far, the list not shrunk to them.
+  OneBased<SharedFile> take_files() override;
 
  private:
   void step();

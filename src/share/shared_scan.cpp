@@ -5,6 +5,7 @@
 
 #include "platform/number.h"
 #include "platform/trap.h"
+#include "share/library_scan.h"
 #include "share/shared_list_file.h"
 
 namespace velmora {
@@ -23,8 +24,15 @@ SharedScan::SharedScan(const Platform& platform, Form& form, SharedIndex& index,
       form_(form),
       index_(index),
       log_(log),
-      behaviour_(behaviour) {
-  form_.scan_config.on_click = [this] { start(); };
+      behaviour_(behaviour),
+      watch_(platform, form, log, [this] { rescan(); }) {
+  form_.scan_config.on_click = [this] {
+    if (scanning() && !by_itself_) return;
+    by_itself_ = false;
+    form_.scan_config.set_enabled(false);
+    form_.sharenum_config.set_text("--");
+    start();
+  };
   form_.upload_config.on_enter = [this] {
     const std::string directory = form_.upload_config.text();
     if (directory.empty()) return;
@@ -42,7 +50,27 @@ std::string SharedScan::load_saved() {
   return error;
 }
 
+void SharedScan::follow_behaviour() {
+  if (behaviour_.large_library == follows_) return;
+  follows_ = behaviour_.large_library;
+  if (follows_) {
+    watch_.changed();
+  } else {
+    watch_.stop();
+  }
+}
+
+// By itself: a scan that runs is not disturbed, a list without directories is left alone, and the
+// count stays to be seen, which goes out with every pong.
+void SharedScan::rescan() {
+  if (scanning()) return watch_.changed();
+  if (form_.upload_config.items().empty()) return;
+  by_itself_ = true;
+  start();
+}
+
 void SharedScan::stop() {
+  watch_.stop();
   if (!scanning()) return;
   scan_.reset();
   give_back();
@@ -55,12 +83,10 @@ void SharedScan::give_back() {
   show_count();
 }
 
+// A scan that began by itself makes way for one that a person wants.
 void SharedScan::start() {
-  if (scanning()) return;
-  form_.scan_config.set_enabled(false);
-  form_.sharenum_config.set_text("--");
   const bool started = trap(log_, "Scan_my_files: ", [this] {
-    scan_ = std::make_shared<SharedFileScan>(form_.upload_config.items(), files_, log_, behaviour_);
+    scan_ = new_scan();
     post_turn();
   });
   if (started) return;
@@ -68,9 +94,20 @@ void SharedScan::start() {
   give_back();
 }
 
+std::shared_ptr<FileScan> SharedScan::new_scan() {
+  const auto& directories = form_.upload_config.items();
+  if (!behaviour_.large_library) {
+    return std::make_shared<SharedFileScan>(directories, files_, log_, behaviour_);
+  }
+  watch_.scan_started();
+  return std::make_shared<LibraryScan>(
+      directories, NamePatterns(form_.exclude_config.text()), files_, index_, log_,
+      [this](const std::string& folder) { watch_.add(folder); }, behaviour_);
+}
+
 void SharedScan::post_turn() {
   show_progress();
-  loop_.post([this, scan = std::weak_ptr<SharedFileScan>(scan_)] {
+  loop_.post([this, scan = std::weak_ptr<FileScan>(scan_)] {
     if (scan.expired() || trap(log_, "Scan_my_files: ", [this] { turn(); })) return;
     scan_.reset();
     give_back();
@@ -93,6 +130,7 @@ void SharedScan::finish() {
   index_.replace(scan_->take_files());
   const std::string total = scan_->total_text();
   scan_.reset();
+  if (behaviour_.large_library) watch_.scan_ended();
   show_total(total);
   const std::string error = save_shared(files_, kSharedListFile, index_);
   if (!error.empty()) form_.StatusBar.set_panel(1, error);

@@ -1,6 +1,7 @@
 // The sharing part of the configuration page: the directory list, the scan button and the two
 // labels. It starts a scan, keeps it going a little in every turn of the loop, and puts the
-// finished list in the place of the old one. It owns the scan, not the list.
+// finished list in the place of the old one. It owns the scan, not the list. With the switch
+// large_library the scan is another one, which is also started when the folders have changed.
 #pragma once
 
 #include <memory>
@@ -10,6 +11,7 @@
 #include "platform/behaviour.h"
 #include "platform/debug_log.h"
 #include "platform/platform.h"
+#include "share/library_watch.h"
 #include "share/shared_file_scan.h"
 #include "share/shared_index.h"
 
@@ -28,8 +30,13 @@ class SharedScan {
   // Gives up a scan that is under way; the list stays as it was.
   void stop();
 
+  // The switch may have moved: a library is scanned soon, or no more by itself.
+  void follow_behaviour();
+
  private:
   void start();
+  void rescan();
+  std::shared_ptr<FileScan> new_scan();
   void post_turn();
   void turn();
   void finish();
@@ -44,7 +51,10 @@ class SharedScan {
   SharedIndex& index_;
   DebugLog& log_;
   const Behaviour& behaviour_;
-  std::shared_ptr<SharedFileScan> scan_;  // continuations hold it weakly
+  LibraryWatch watch_;
+  bool by_itself_ = false;          // the scan that runs
+  bool follows_ = false;            // what changes is scanned by itself
+  std::shared_ptr<FileScan> scan_;  // continuations hold it weakly
 };
 
 }  // namespace velmora

@@ -4,6 +4,7 @@
 
 #include "platform/trap.h"
 #include "protocol/push_offer.h"
+#include "share/http_request.h"
 
 namespace velmora {
 namespace {
@@ -25,10 +26,11 @@ std::size_t end_of_request(const std::string& text) {
 }  // namespace
 
 UploadConnection::UploadConnection(EventLoop& loop, std::size_t slot,
-                                   UploadConnectionEvents& events)
+                                   UploadConnectionEvents& events, const Behaviour& behaviour)
     : loop_(loop),
       slot_(slot),
       events_(events),
+      behaviour_(behaviour),
       deadline_(loop.make_timer(kRequestMs, [this] { on_deadline(); })),
       step_(loop.make_timer(kQuietMs, [this] { on_step(); })) {}
 
@@ -70,6 +72,11 @@ void UploadConnection::release_with(std::string message) {
 void UploadConnection::send_header(std::string_view header) {
   socket_->write_alone(header);
   header_ms_ = loop_.now_ms();
+}
+
+void UploadConnection::send_common_header(std::string_view header) {
+  socket_->write(header);
+  header_arrived_ = true;
 }
 
 bool UploadConnection::ready() {
@@ -116,7 +123,8 @@ void UploadConnection::on_step() {
 void UploadConnection::collect(std::string_view data) {
   const std::size_t room = kMaxUploadRequest - request_.size();
   request_.append(data.substr(0, room));
-  const bool get = request_.starts_with("GET ");
+  const bool get =
+      request_.starts_with("GET ") || (behaviour_.plain_http && is_http_request(request_));
   const std::size_t end = end_of_request(request_);
   const bool offer = end != std::string::npos && request_.starts_with(kOfferStart);
   if (get && end != std::string::npos) {

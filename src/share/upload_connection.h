@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/behaviour.h"
 #include "platform/event_loop.h"
 #include "platform/network.h"
 
@@ -34,7 +35,8 @@ class UploadConnectionEvents {
 
 class UploadConnection : public SocketEvents {
  public:
-  UploadConnection(EventLoop& loop, std::size_t slot, UploadConnectionEvents& events);
+  UploadConnection(EventLoop& loop, std::size_t slot, UploadConnectionEvents& events,
+                   const Behaviour& behaviour);
 
   void take(std::unique_ptr<Socket> socket);
   // Closes at once; bytes already written still leave.
@@ -51,6 +53,8 @@ class UploadConnection : public SocketEvents {
   // Each raises a PlatformError when it cannot be sent.
   void send_message(std::string_view text) { socket_->write(text); }
   void send_header(std::string_view header);
+  // For clients that read the header wherever it ends: packets may follow at once.
+  void send_common_header(std::string_view header);
   void send_packet(std::string_view bytes) { socket_->write(bytes); }
   // Whether a packet may leave: everything before it is with the kernel, the header with the peer.
   [[nodiscard]] bool ready();
@@ -72,6 +76,7 @@ class UploadConnection : public SocketEvents {
   EventLoop& loop_;
   std::size_t slot_;
   UploadConnectionEvents& events_;
+  const Behaviour& behaviour_;
   std::unique_ptr<Socket> socket_;
   Phase phase_ = Phase::request;
   std::unique_ptr<Timer> deadline_;  // for the request, then for the stop message

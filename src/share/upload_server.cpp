@@ -7,6 +7,7 @@
 
 #include "platform/number.h"
 #include "platform/trap.h"
+#include "share/http_answer.h"
 
 namespace velmora {
 namespace {
@@ -51,13 +52,14 @@ std::int32_t bounded_start(double start) {
 }  // namespace
 
 UploadServer::UploadServer(const Platform& platform, Form& form, SharedIndex& index,
-                           ClientNames& names, DebugLog& log)
+                           ClientNames& names, DebugLog& log, const Behaviour& behaviour)
     : loop_(platform.loop),
       network_(platform.network),
       files_(platform.files),
       form_(form),
       index_(index),
       log_(log),
+      behaviour_(behaviour),
       upload_log_(platform, form, names, log),
       list_(upload_slots_, form),
       upload_file_t_(loop_.make_timer(form.speed_upload.position(), [this] { upload_files(); })) {
@@ -142,7 +144,7 @@ std::size_t UploadServer::free_slot() {
   const std::size_t index = connections_.size() + 1;
   if (index > kMaxUploadSlots) return 0;
   UploadConnectionEvents& events = *this;
-  auto connection = std::make_unique<UploadConnection>(loop_, index, events);
+  auto connection = std::make_unique<UploadConnection>(loop_, index, events, behaviour_);
   connections_.reserve(index);  // so that the two arrays grow together or not at all
   upload_slots_.grow_to(index);
   connections_.push_back(std::move(connection));
@@ -155,6 +157,9 @@ void UploadServer::on_request(std::size_t slot, const std::string& text) {
 }
 
 void UploadServer::upload_Read(std::size_t index, const std::string& text) {
+  if (behaviour_.plain_http && is_http_request(text)) {
+    return answer_common_form(index, parse_http_request(text));
+  }
   UploadSlot& slot = upload_slots_.at(index);
   const UploadRequest request = parse_upload_request(text);
   if (request.not_a_get) return;
@@ -198,6 +203,7 @@ void UploadServer::accept_request(UploadSlot& slot, const UploadRequest& request
   trapped({}, [&] { size = files_.size(slot.path); });
   slot.file_size = to_int32(static_cast<double>(size));
   slot.range_start = bounded_start(request.range_start);
+  slot.end = slot.file_size;
 }
 
 void UploadServer::refuse(std::size_t index, const std::string& message) {
@@ -206,18 +212,60 @@ void UploadServer::refuse(std::size_t index, const std::string& message) {
   release(index);
 }
 
-void UploadServer::start_sending(std::size_t index) {
+// The same files by the same rules; only what goes over the wire is another text.
+void UploadServer::answer_common_form(std::size_t index, const HttpRequest& request) {
+  UploadSlot& slot = upload_slots_.at(index);
+  slot.common_form = true;
+  slot.file_name = request.file.file_name;
+  slot.user_agent = request.file.user_agent;
+  const auto refuse_with = [&](HttpRefusal why, const std::string& text) {
+    refuse(index, http_refusal(why, text, request.head));
+  };
+  if (!request.understood) {
+    return refuse_with(HttpRefusal::bad_request, "That request is not understood.");
+  }
+  const std::string message = objection(request.file);
+  if (!message.empty()) return refuse_with(HttpRefusal::not_found, message);
+  accept_request(slot, request.file);
+  if (slot.file_size == 0) {
+    return refuse_with(HttpRefusal::not_found,
+                       "This file: " + slot.file_name + " no longer exists");
+  }
+  if (full()) {
+    const std::string text = "Too many uploads are running, try again later.";
+    connections_.at(index - 1)->send_message(http_refusal(HttpRefusal::busy, text, request.head));
+    return end_upload(index, "Max, Refused");
+  }
+  const HttpAnswer answer = http_answer(request, static_cast<std::uint64_t>(slot.file_size));
+  if (request.head) {
+    connections_.at(index - 1)->send_message(answer.header);
+    return end_upload(index, "Header sent");
+  }
+  if (!answer.has_file) return refuse(index, answer.header);
+  slot.range_start = to_int32(static_cast<double>(answer.begin));
+  slot.end = to_int32(static_cast<double>(answer.end));
+  start_sending(index, answer.header);
+}
+
+// Kept: the new connection is not yet counted, so that one upload more than the limit can run.
+bool UploadServer::full() const { return val(form_.max_in_upload.text()) < active_uploads_; }
+
+void UploadServer::start_sending(std::size_t index, std::string_view common_header) {
   UploadSlot& slot = upload_slots_.at(index);
   const bool resume = slot.range_start != 0;
   slot.status = resume ? "Resuming an upload" : "Uploading";
   slot.state = resume ? UploadState::resume_pending : UploadState::sending;
-  // Kept: the new connection is not yet counted, so that one upload more than the limit can run.
-  if (val(form_.max_in_upload.text()) < active_uploads_) {
+  if (full()) {
     end_upload(index, "Max, Refused");
     return;
   }
   upload_log_.log_uploads(slot);
-  connections_.at(index - 1)->send_header(reply_header(slot.file_size));
+  UploadConnection& connection = *connections_.at(index - 1);
+  if (common_header.empty()) {
+    connection.send_header(reply_header(slot.file_size));
+  } else {
+    connection.send_common_header(common_header);
+  }
   last_sent_ms_ = loop_.now_ms();
   follow_slider();
   start_ticking();
@@ -275,13 +323,16 @@ void UploadServer::send_packets(std::size_t index, std::int64_t ticks) {
   UploadSlot& slot = upload_slots_.at(index);
   UploadConnection& connection = *connections_.at(index - 1);
   if (!connection.connected()) {
-    end_upload(index, "Client not recieving");
+    // Common programs close as soon as they have what they asked for.
+    const bool all = slot.common_form && slot.position == slot.end;
+    if (all) count_upload(slot);
+    end_upload(index, all ? "Done" : "Client not recieving");
     return;
   }
   if (!slot.file) slot.file = files_.open_for_reading(slot.path);
   if (!connection.ready()) return;
   if (slot.state == UploadState::resume_pending) {
-    slot.position = std::min(slot.range_start, slot.file_size);
+    slot.position = std::min(slot.range_start, slot.end);
     slot.state = UploadState::sending;
   }
   for (; ticks > 0 && slot.state == UploadState::sending; --ticks) send_packet(index);
@@ -289,13 +340,12 @@ void UploadServer::send_packets(std::size_t index, std::int64_t ticks) {
 
 void UploadServer::send_packet(std::size_t index) {
   UploadSlot& slot = upload_slots_.at(index);
-  if (slot.position == slot.file_size) {
+  if (slot.position == slot.end) {
     count_upload(slot);
     end_upload(index, "Done");
     return;
   }
-  const std::int32_t length =
-      std::min(form_.pack_upload.position(), slot.file_size - slot.position);
+  const std::int32_t length = std::min(form_.pack_upload.position(), slot.end - slot.position);
   slot.file->read_into(packet_, static_cast<std::uint64_t>(slot.position),
                        static_cast<std::size_t>(length));
   if (packet_.size() < static_cast<std::size_t>(length)) {
@@ -309,6 +359,7 @@ void UploadServer::send_packet(std::size_t index) {
 
 // The list may have been scanned anew since; then the number means another file.
 void UploadServer::count_upload(const UploadSlot& slot) {
+  if (slot.end < slot.file_size) return;  // a part that stops earlier is no whole upload
   const auto number = static_cast<std::size_t>(slot.file_number);
   const auto& shared_files = index_.shared_files();
   if (shared_files.has(number) && path_on_disk(shared_files.at(number)) == slot.path) {
@@ -333,7 +384,7 @@ void UploadServer::stop_upload(std::size_t index) {
   slot.file.reset();
   slot.state = UploadState::none;
   UploadConnection& connection = *connections_.at(index - 1);
-  if (std::string_view(slot.user_agent).starts_with(kOwnClient)) {
+  if (!slot.common_form && std::string_view(slot.user_agent).starts_with(kOwnClient)) {
     connection.release_with(stop_frame(form_.text_upload.text()));
   } else {
     connection.release();

@@ -8,13 +8,16 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
 #include "form/form.h"
+#include "platform/behaviour.h"
 #include "platform/debug_log.h"
 #include "platform/one_based.h"
 #include "platform/platform.h"
+#include "share/http_request.h"
 #include "share/questions.h"
 #include "share/shared_index.h"
 #include "share/upload_connection.h"
@@ -28,7 +31,7 @@ namespace velmora {
 class UploadServer : private ListenerEvents, private UploadConnectionEvents {
  public:
   UploadServer(const Platform& platform, Form& form, SharedIndex& index, ClientNames& names,
-               DebugLog& log);
+               DebugLog& log, const Behaviour& behaviour = kClassic);
   ~UploadServer() override;
 
   // Listens on the port; a listener that stood before is closed first. Uploads that run go on.
@@ -64,7 +67,9 @@ class UploadServer : private ListenerEvents, private UploadConnectionEvents {
   [[nodiscard]] std::string objection(const UploadRequest& request) const;
   void accept_request(UploadSlot& slot, const UploadRequest& request);
   void refuse(std::size_t index, const std::string& message);
-  void start_sending(std::size_t index);
+  void answer_common_form(std::size_t index, const HttpRequest& request);
+  [[nodiscard]] bool full() const;
+  void start_sending(std::size_t index, std::string_view common_header = {});
 
   void upload_files();
   std::int64_t ticks_due();
@@ -84,6 +89,7 @@ class UploadServer : private ListenerEvents, private UploadConnectionEvents {
   SharedIndex& index_;
   DebugLog& log_;
   OfferTaker* offers_ = nullptr;
+  const Behaviour& behaviour_;
   UploadLog upload_log_;
   OneBased<UploadSlot> upload_slots_{kMaxUploadSlots};
   UploadList list_;

@@ -30,6 +30,8 @@ struct UploadSlot {
   std::string user_agent;
   std::string path;           // of the file on disk, fixed when the request was accepted
   std::int32_t position = 0;  // of the next byte to send, from 0
+  std::int32_t end = 0;       // where sending ends, from 0; a whole file's size
+  bool common_form = false;   // asked and answered as HTTP/1.x
   int failures = 0;           // ticks in a row that ended in an error
 };
 

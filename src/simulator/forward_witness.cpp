@@ -24,8 +24,8 @@ std::size_t claimed_length(std::string_view descriptor) {
 }
 
 bool begins_a_transfer(std::string_view data) {
-  return data.starts_with("GET ") || data.starts_with("HTTP ") || data.starts_with("That file") ||
-         data.starts_with("This file");
+  return data.starts_with("GET ") || data.starts_with("HTTP") || data.starts_with("GIV ") ||
+         data.starts_with("That file") || data.starts_with("This file");
 }
 
 }  // namespace

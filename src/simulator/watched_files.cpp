@@ -153,6 +153,13 @@ std::unique_ptr<DirectoryListing> WatchedFiles::list(const std::string& folder) 
   return std::make_unique<WatchedListing>(seam_, seam_.machine.files.list(folder));
 }
 
+std::unique_ptr<DirectoryListing> WatchedFiles::list_folders(const std::string& folder) {
+  machine_needs_memory();
+  const InMachine side;
+  may_fail(seam_);
+  return std::make_unique<WatchedListing>(seam_, seam_.machine.files.list_folders(folder));
+}
+
 std::uint64_t WatchedFiles::size(const std::string& path) {
   const InMachine side;
   may_fail(seam_);

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "platform/error.h"
+#include "platform/http_text.h"
 #include "platform/number.h"
 #include "platform/trap.h"
 #include "platform/visible_text.h"
@@ -11,6 +12,8 @@
 #include "transfer/download_request.h"
 #include "transfer/http_reply.h"
 #include "transfer/resume_check.h"
+#include "transfer/standard_reply.h"
+#include "transfer/standard_request.h"
 #include "transfer/stop_message.h"
 
 namespace velmora {
@@ -55,6 +58,14 @@ class DownloadClient::Element : public SocketEvents {
   std::string held;        // bytes that may be the beginning of a stop message
   bool finishing = false;  // waits for its turn to become a finished file
   enum class Push { possible, asked, over } push = Push::possible;  // one for each attempt
+  WebHost host;
+  // Of a server that is no servent.
+  struct {
+    bool asked = false;      // in the standard form, after the classic one was refused
+    std::string header;      // what has come of it
+    bool body = false;       // all that comes are bytes of the file
+    std::uint64_t skip = 0;  // of those, how many are there already
+  } web;
   std::unique_ptr<Socket> socket;
   std::unique_ptr<Timer> timeout_downl_t;
   std::unique_ptr<Timer> silence;
@@ -104,12 +115,9 @@ std::string DownloadClient::connect(std::size_t entry, const std::string& addres
     }
     Element& element = free_element();
     const bool by_name = form_.connect_dns.checked() && host_name.size() > 2;
-    element.timeout_downl_t =
-        loop_.make_timer(kDownloadConnectMs, [this, &element] { timeout_downl_t_Timer(element); });
-    element.silence = loop_.make_timer(1000, [this, &element] { silence_Timer(element); });
-    element.socket =
-        network_.connect(by_name ? host_name : address, unsigned_port(port), 0, element);
-    element.timeout_downl_t->set_enabled(true);
+    element.host = {by_name ? host_name : address, unsigned_port(port)};
+    element.web = {};
+    dial(element);
     element.entry = entry;
     element.start = record.bytes_received;
     element.lost_bytes = false;
@@ -126,6 +134,14 @@ std::string DownloadClient::connect(std::size_t entry, const std::string& addres
   return error;
 }
 
+void DownloadClient::dial(Element& element) {
+  element.timeout_downl_t =
+      loop_.make_timer(kDownloadConnectMs, [this, &element] { timeout_downl_t_Timer(element); });
+  element.silence = loop_.make_timer(1000, [this, &element] { silence_Timer(element); });
+  element.socket = network_.connect(element.host.name, element.host.port, 0, element);
+  element.timeout_downl_t->set_enabled(true);
+}
+
 // Behind lost bytes nothing lies where it belongs, so the next resumption asks for all of it again.
 void DownloadClient::end(Element& element, const std::string& status) {
   DownloadRecord& record = record_of(element);
@@ -137,6 +153,7 @@ void DownloadClient::end(Element& element, const std::string& status) {
   if (element.finishing) std::erase(finishing_, &element);
   element.finishing = false;
   element.held.clear();
+  element.web = {};
   element.socket.reset();
   element.timeout_downl_t.reset();
   element.silence.reset();
@@ -184,8 +201,11 @@ void DownloadClient::downl_Connect(Element& element) {
   const std::string error = trapped({}, [&] {
     DownloadRecord& record = record_of(element);
     element.push = Element::Push::over;
-    element.socket->write(
-        download_request(record, version_, form_.upport_config.text(), element.again));
+    const std::string& upload_port = form_.upport_config.text();
+    element.socket->write(element.web.asked
+                              ? standard_request(record, element.start - element.again,
+                                                 element.host, version_, upload_port)
+                              : download_request(record, version_, upload_port, element.again));
     record.status = "Connected";
     downloads_.redraw();
   });
@@ -260,9 +280,78 @@ void DownloadClient::guarded(Element& element, Body&& body) {
 
 // The network may deliver a stop message in pieces, which must not be taken for bytes of the file.
 void DownloadClient::process(Element& element, std::string_view block) {
+  if (take_standard(element, block)) return;
   if (element.held.empty()) return process_data(element, block);
   const std::string whole = std::exchange(element.held, {}).append(block);
   process_data(element, whole);
+}
+
+// Kept: a status line with a version is not recognised; with the switch plain_http it is. Servents
+// are asked in the classic form, and a server that is none once more in its own.
+bool DownloadClient::take_standard(Element& element, std::string_view block) {
+  if (element.web.body) {
+    write_standard(element, block);
+    return true;
+  }
+  if (!behaviour_.plain_http || record_of(element).file) return false;
+  const std::string bytes = std::exchange(element.web.header, {}).append(block);
+  const ReplyKind kind = kind_of_reply(bytes);
+  if (kind == ReplyKind::classic) {
+    process_data(element, bytes);
+  } else if (kind == ReplyKind::page) {
+    element.web.asked ? refuse(element, bytes) : ask_in_standard_form(element);
+  } else if (const std::size_t header = http_header_length(bytes); header > 0) {
+    process_standard_header(element, bytes, header);
+  } else if (bytes.size() > kMaxStandardHeader) {
+    refuse(element, bytes);
+  } else {
+    element.web.header = bytes;
+  }
+  return true;
+}
+
+void DownloadClient::process_standard_header(Element& element, std::string_view bytes,
+                                             std::size_t header) {
+  DownloadRecord& record = record_of(element);
+  const StandardReply reply = read_standard_reply(
+      bytes.substr(0, header), element.start - element.again, record.exact_size());
+  if (!reply.refusal.empty() && !element.web.asked) return ask_in_standard_form(element);
+  if (!reply.server.empty()) record.server = reply.server.substr(0, kMaxServerName);
+  if (!reply.refusal.empty()) {
+    record.message = "Received: " + std::string(bytes.substr(0, 75));
+    if (reply.file_is_other && record.whole) return end_as_other_file(element);
+    if (reply.file_is_other) record.bytes_received = 0;
+    return end(element, reply.refusal);
+  }
+  if (!same_length(element, reply.size)) return end_as_other_file(element);
+  record.size = std::to_string(reply.size);
+  if (record.whole) record.whole->exact = true;
+  // Bytes that are there and were asked for again are compared; none are where all comes anew.
+  if (reply.start != element.start - element.again) element.again = 0;
+  element.start = reply.start + element.again;
+  element.web.skip = reply.skip;
+  element.web.body = true;
+  open_file(element);
+  downloads_.redraw();
+  write_standard(element, bytes.substr(header));
+}
+
+// A stop message is a servent's; here every byte is the file's.
+void DownloadClient::write_standard(Element& element, std::string_view bytes) {
+  if (element.entry == 0 || element.finishing) return;
+  const auto skip =
+      static_cast<std::size_t>(std::min<std::uint64_t>(element.web.skip, bytes.size()));
+  element.web.skip -= skip;
+  bytes.remove_prefix(skip);
+  if (!bytes.empty()) write_block(element, bytes);
+}
+
+void DownloadClient::ask_in_standard_form(Element& element) {
+  element.web = {};
+  element.web.asked = true;
+  dial(element);
+  record_of(element).status = "Requesting to Connect";
+  downloads_.redraw();
 }
 
 void DownloadClient::process_data(Element& element, std::string_view block) {

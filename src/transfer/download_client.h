@@ -67,6 +67,7 @@ class DownloadClient : public OfferTaker {
   class Element;
 
   Element& free_element();
+  void dial(Element& element);
   void end(Element& element, const std::string& status);
   void no_more(Element& element, const std::string& status);
 
@@ -83,6 +84,10 @@ class DownloadClient : public OfferTaker {
   void guarded(Element& element, Body&& body);
   void process(Element& element, std::string_view block);
   void process_data(Element& element, std::string_view block);
+  bool take_standard(Element& element, std::string_view block);
+  void process_standard_header(Element& element, std::string_view bytes, std::size_t header);
+  void write_standard(Element& element, std::string_view bytes);
+  void ask_in_standard_form(Element& element);
   void process_block(Element& element, std::string_view block);
   void refuse(Element& element, std::string_view block);
   void process_reply(Element& element, std::string_view header, std::string_view rest);

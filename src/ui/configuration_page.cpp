@@ -120,6 +120,10 @@ QWidget* ConfigurationPage::make_behaviour() {
     ++number;
   }
   column->addLayout(grid);
+  auto* rows = form_rows();
+  QWidget* left_out = bind_.line_edit(form_.exclude_config);
+  add_field(rows, bind_, form_.exclude_config, left_out);
+  column->addLayout(rows);
   return framed(tr("Behaviour"), column);
 }
 

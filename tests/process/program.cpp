@@ -24,7 +24,7 @@ TemporaryFolder::~TemporaryFolder() {
 }
 
 Program::Program(std::vector<std::string> arguments) {
-  arguments[0] = std::string(VELMORA_BIN) + "/" + arguments[0];
+  arguments[0] = std::filesystem::path(VELMORA_BIN) / arguments[0];
   std::vector<char*> argv;
   for (std::string& argument : arguments) argv.push_back(argument.data());
   argv.push_back(nullptr);

@@ -24,7 +24,7 @@ class TemporaryFolder {
 
 class Program {
  public:
-  // The first argument is the name of a built program.
+  // The first argument is the name of a built program, or the whole path of another.
   explicit Program(std::vector<std::string> arguments);
   ~Program();  // kills it if it still runs
   Program(const Program&) = delete;

@@ -15,6 +15,8 @@ inline constexpr int kClassicProfile = 1;
 inline constexpr int kOverlayProfile = 2;
 inline constexpr int kOwnChoice = 3;
 
+inline constexpr const char* kLeftOut = "*.download;*.part;*.tmp;Thumbs.db;desktop.ini";
+
 // One box a switch; its control is named "NAME_behaviour".
 class BehaviourBox : public CheckBox {
  public:
@@ -40,6 +42,14 @@ struct BehaviourFrame {
       {"Classic", "Overlay", "Own choice"},
       kClassicProfile,
       kClassicProfile};
+  TextField exclude_config{
+      form_,
+      "exclude_config",
+      Page::configuration,
+      "Left out",
+      "With Large library: files and folders with such a name are not shared. Patterns, separated "
+      "by \";\"",
+      kLeftOut};
   // In the order of kBehaviourSwitches.
   std::array<BehaviourBox, kBehaviourSwitches.size()> behaviour_boxes{
       boxes(std::make_index_sequence<kBehaviourSwitches.size()>{})};

@@ -121,6 +121,14 @@ std::vector<std::string> Disk::names_in(const std::string& folder) const {
   return names;
 }
 
+std::vector<std::string> Disk::folders_in(const std::string& folder) const {
+  std::vector<std::string> names;
+  for (const std::string& path : folders) {
+    if (path != folder && folder_of(path) == folder) names.push_back(name_of(path));
+  }
+  return names;
+}
+
 std::shared_ptr<StoredFile> Disk::make(const std::string& path) {
   auto file = std::make_shared<StoredFile>();
   file->order = made_++;

@@ -44,6 +44,7 @@ class Disk {
   void crash();
   [[nodiscard]] std::uint64_t room() const;
   [[nodiscard]] std::vector<std::string> names_in(const std::string& folder) const;
+  [[nodiscard]] std::vector<std::string> folders_in(const std::string& folder) const;
 
   std::map<std::string, std::shared_ptr<StoredFile>> files;
   std::set<std::string> folders{""};

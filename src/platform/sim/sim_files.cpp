@@ -83,6 +83,11 @@ class SimListing : public DirectoryListing {
   std::size_t at_ = 0;
 };
 
+std::vector<std::string> visible(std::vector<std::string> names) {
+  std::erase_if(names, [](const std::string& name) { return name.front() == '.'; });
+  return names;
+}
+
 class SimProfileLock : public ProfileLock {
  public:
   explicit SimProfileLock(std::shared_ptr<Disk> disk)
@@ -139,9 +144,13 @@ void SimFiles::remove_partial(const std::string& folder, const std::string& name
 std::unique_ptr<DirectoryListing> SimFiles::list(const std::string& folder) {
   disk_->check_fault();
   disk_->check_folder(folder);
-  std::vector<std::string> visible = names(folder);
-  std::erase_if(visible, [](const std::string& name) { return name.front() == '.'; });
-  return std::make_unique<SimListing>(disk_, std::move(visible));
+  return std::make_unique<SimListing>(disk_, visible(names(folder)));
+}
+
+std::unique_ptr<DirectoryListing> SimFiles::list_folders(const std::string& folder) {
+  disk_->check_fault();
+  disk_->check_folder(folder);
+  return std::make_unique<SimListing>(disk_, visible(disk_->folders_in(normal_path(folder))));
 }
 
 std::uint64_t SimFiles::size(const std::string& path) {

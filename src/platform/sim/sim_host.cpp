@@ -11,8 +11,9 @@ SimHost::~SimHost() = default;
 const std::string& SimHost::address() const { return parts_->address; }
 
 Platform SimHost::platform() {
-  return {parts_->loop,   parts_->network, parts_->files, parts_->screen, parts_->screen,
-          parts_->screen, parts_->control, parts_->dns,   parts_->random, &parts_->local_services};
+  Parts& p = *parts_;
+  return {p.loop,    p.network, p.files,  p.screen,          p.screen,  p.screen,
+          p.control, p.dns,     p.random, &p.local_services, &p.folders};
 }
 
 SimLocalServices& SimHost::local_services() { return parts_->local_services; }
@@ -24,5 +25,7 @@ SimScreen& SimHost::screen() { return parts_->screen; }
 SimControl& SimHost::control() { return parts_->control; }
 
 SimDnsClient& SimHost::dns() { return parts_->dns; }
+
+SimFolderWatcher& SimHost::folders() { return parts_->folders; }
 
 }  // namespace velmora::sim

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "platform/sim/sim_dns_client.h"
+#include "platform/sim/sim_folder_watcher.h"
 #include "platform/sim/sim_local_services.h"
 #include "platform/sim/sim_loop.h"
 #include "platform/sim/sim_network.h"
@@ -30,6 +31,7 @@ struct SimHost::Parts {
   SimDnsClient dns;
   SimLocalServices local_services;
   SimRandom random;
+  SimFolderWatcher folders;
 };
 
 }  // namespace velmora::sim

@@ -18,6 +18,7 @@
 #include "platform/sim/sim_control.h"
 #include "platform/sim/sim_dns_client.h"
 #include "platform/sim/sim_files.h"
+#include "platform/sim/sim_folder_watcher.h"
 #include "platform/sim/sim_local_services.h"
 #include "platform/sim/sim_screen.h"
 
@@ -64,9 +65,10 @@ class SimHost {
   [[nodiscard]] const std::string& address() const;
   Platform platform();  // the parts live as long as the host
   SimFiles& files();
-  SimScreen& screen();    // message boxes, tray icon, program starter: recorded and scripted
-  SimControl& control();  // the control socket: a test speaks as its clients
-  SimDnsClient& dns();    // names of addresses by script
+  SimScreen& screen();          // message boxes, tray icon, program starter: recorded and scripted
+  SimControl& control();        // the control socket: a test speaks as its clients
+  SimDnsClient& dns();          // names of addresses by script
+  SimFolderWatcher& folders();  // tells of changes by script
   SimLocalServices& local_services();  // what is found on the local network, by script
 
  private:

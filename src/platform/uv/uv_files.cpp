@@ -23,7 +23,8 @@ constexpr std::size_t kReadBlock = std::size_t{64} << 10;
 
 class UvListing : public DirectoryListing {
  public:
-  explicit UvListing(Descriptor folder) {
+  // What kind of entries are listed: S_IFREG or S_IFDIR.
+  UvListing(Descriptor folder, mode_t kind) : kind_(kind) {
     folder_.reset(fdopendir(folder.get()));
     if (folder_ == nullptr) throw PlatformError::from_errno(errno);
     static_cast<void>(folder.release());  // the stream owns it
@@ -37,7 +38,7 @@ class UvListing : public DirectoryListing {
         if (errno != 0) throw PlatformError::from_errno(errno);
         return std::nullopt;
       }
-      if (entry->d_name[0] != '.' && is_regular(*entry)) return entry->d_name;
+      if (entry->d_name[0] != '.' && is_of_kind(*entry)) return entry->d_name;
     }
   }
 
@@ -46,13 +47,14 @@ class UvListing : public DirectoryListing {
     void operator()(DIR* folder) const { closedir(folder); }
   };
 
-  [[nodiscard]] bool is_regular(const dirent& entry) const {
-    if (entry.d_type != DT_UNKNOWN) return entry.d_type == DT_REG;
+  [[nodiscard]] bool is_of_kind(const dirent& entry) const {
+    if (entry.d_type != DT_UNKNOWN) return static_cast<mode_t>(DTTOIF(entry.d_type)) == kind_;
     struct stat status {};
     return fstatat(dirfd(folder_.get()), entry.d_name, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
-           S_ISREG(status.st_mode);
+           (status.st_mode & S_IFMT) == kind_;
   }
 
+  mode_t kind_;
   std::unique_ptr<DIR, Close> folder_;
 };
 
@@ -162,7 +164,11 @@ void UvFiles::remove_partial(const std::string& folder, const std::string& name)
 }
 
 std::unique_ptr<DirectoryListing> UvFiles::list(const std::string& folder) {
-  return std::make_unique<UvListing>(open_folder(profile_.get(), folder));
+  return std::make_unique<UvListing>(open_folder(profile_.get(), folder), S_IFREG);
+}
+
+std::unique_ptr<DirectoryListing> UvFiles::list_folders(const std::string& folder) {
+  return std::make_unique<UvListing>(open_folder(profile_.get(), folder), S_IFDIR);
 }
 
 std::uint64_t UvFiles::size(const std::string& path) {

@@ -21,6 +21,7 @@ class UvFiles : public Files {
                       const std::string& to) override;
   void remove_partial(const std::string& folder, const std::string& name) override;
   std::unique_ptr<DirectoryListing> list(const std::string& folder) override;
+  std::unique_ptr<DirectoryListing> list_folders(const std::string& folder) override;
   std::uint64_t size(const std::string& path) override;
   std::string read_whole(const std::string& path, std::size_t most) override;
   void save(const std::string& path, std::string_view data) override;

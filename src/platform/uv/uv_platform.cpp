@@ -12,6 +12,7 @@
 #include "platform/uv/uv_directory.h"
 #include "platform/uv/uv_dns_client.h"
 #include "platform/uv/uv_files.h"
+#include "platform/uv/uv_folder_watcher.h"
 #include "platform/uv/uv_local_services.h"
 #include "platform/uv/uv_network.h"
 
@@ -36,7 +37,8 @@ struct UvPlatform::Parts {
       : files(profile),
         network(loop, listen_address),
         control(loop, profile),
-        dns(loop, listen_address) {}
+        dns(loop, listen_address),
+        folders(loop, profile) {}
 
   UvLoop loop;  // outlives what runs on it
   UvFiles files;
@@ -44,6 +46,7 @@ struct UvPlatform::Parts {
   UvControlChannel control;
   UvDnsClient dns;
   UvLocalServices local_services{loop};
+  UvFolderWatcher folders;
   ConsoleScreen screen;
   SystemRandom random;
 };
@@ -60,8 +63,9 @@ UvPlatform::~UvPlatform() {
 }
 
 Platform UvPlatform::platform() {
-  return {parts_->loop,   parts_->network, parts_->files, parts_->screen, parts_->screen,
-          parts_->screen, parts_->control, parts_->dns,   parts_->random, &parts_->local_services};
+  Parts& p = *parts_;
+  return {p.loop,    p.network, p.files,  p.screen,          p.screen,  p.screen,
+          p.control, p.dns,     p.random, &p.local_services, &p.folders};
 }
 
 UvLoop& UvPlatform::loop() { return parts_->loop; }
