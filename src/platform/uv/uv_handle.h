@@ -36,16 +36,4 @@ Handle<H> make_handle(void* data, Init init) {
   return Handle<H>(fresh.release());
 }
 
-template <class H>
-uv_stream_t* as_stream(const Handle<H>& handle) {
-  return reinterpret_cast<uv_stream_t*>(handle.get());
-}
-
-template <class H>
-int descriptor_of(const Handle<H>& handle) {
-  uv_os_fd_t fd = -1;
-  uv_fileno(reinterpret_cast<const uv_handle_t*>(handle.get()), &fd);
-  return fd;
-}
-
 }  // namespace velmora::uv
