@@ -89,7 +89,7 @@ class SqliteNames {
     run("BEGIN");
     sqlite3_stmt* insert = prepare("INSERT INTO names(rowid, name) VALUES(?1, ?2)");
     for (std::size_t i = 0; i < names().size(); ++i) {
-      sqlite3_bind_int64(insert, 1, static_cast<sqlite3_int64>(i + 1));
+      sqlite3_bind_int64(insert, 1, static_cast<sqlite3_int64>(i) + 1);
       bind(insert, 2, names()[i]);
       sqlite3_step(insert);
       sqlite3_reset(insert);

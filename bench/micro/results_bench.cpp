@@ -20,7 +20,8 @@ namespace velmora::bench {
 namespace {
 
 constexpr std::size_t kHit = 50;
-constexpr std::size_t kScreen = 50;  // rows
+constexpr std::size_t kFilling = kMaxSearchResults / kHit;  // descriptors that fill the list
+constexpr std::size_t kScreen = 50;                         // rows
 constexpr std::size_t kUsualHits = 200;
 // Names so long that the budget for names and the one for rows are reached together.
 constexpr std::size_t kLongName = kMaxSearchResultBytes / kMaxSearchResults;
@@ -77,7 +78,7 @@ void take(Results& program, const WireHit& hit) {
 }
 
 void fill(Results& program, const std::vector<WireHit>& hits) {
-  for (std::size_t i = 0; i < kMaxSearchResults / kHit; ++i) take(program, hits[i % hits.size()]);
+  for (std::size_t i = 0; i < kFilling; ++i) take(program, hits[i % hits.size()]);
 }
 
 void hit_of_50(benchmark::State& state) {
@@ -85,7 +86,7 @@ void hit_of_50(benchmark::State& state) {
   auto program = std::make_unique<Results>();
   std::size_t taken = 0;
   for (auto _ : state) {
-    if (taken == kMaxSearchResults / kHit) {
+    if (taken == kFilling) {
       state.PauseTiming();
       program->results.clear_search();
       taken = 0;
@@ -108,7 +109,7 @@ void memory_of_200000(benchmark::State& state, std::size_t name_bytes) {
   const auto hits = wire_hits(kUsualHits, name_bytes);
   double wire = 0;
   for (const WireHit& hit : hits) wire += static_cast<double>(hit.descriptor.size());
-  wire *= static_cast<double>(kMaxSearchResults / kHit) / static_cast<double>(hits.size());
+  wire *= static_cast<double>(kFilling) / static_cast<double>(hits.size());
   for (auto _ : state) {
     Results program;
     const std::size_t before = allocated();

@@ -51,6 +51,7 @@ BENCHMARK(known_identifier);
 void new_identifier(benchmark::State& state) {
   Chance chance(2);
   std::vector<std::string> guids;
+  guids.reserve(16384);
   for (int i = 0; i < 16384; ++i) guids.push_back(make_guid(chance));
   RoutingTable table;
   std::size_t at = 0;

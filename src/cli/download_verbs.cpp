@@ -108,6 +108,7 @@ void download(Context& context, const Arguments& given) {
   std::vector<List> results;  // of all rows, before anything is queued
   for (const std::size_t row : given.rows) results.push_back(find_result(servent, row));
   std::vector<Queued> entries;
+  entries.reserve(results.size());
   for (const List& result : results) entries.push_back(queue_result(servent, result));
   start(context, entries, given.detach);
 }

@@ -17,7 +17,7 @@ std::optional<std::uint16_t> read_number(std::string_view text, int least, int m
 bool is_dotted(std::string_view text) {
   for (int part = 1; part <= 4; ++part) {
     const std::size_t dot = part < 4 ? text.find('.') : text.size();
-    if (dot == std::string_view::npos || dot > 3) return false;
+    if (dot > 3) return false;  // too long, or no dot at all
     if (!read_number(text.substr(0, dot), 0, 255)) return false;
     text.remove_prefix(part < 4 ? dot + 1 : dot);
   }

@@ -46,7 +46,7 @@ void RandomHand::visit(TextField& control) {
 }
 
 void RandomHand::visit(OptionGroup& control) {
-  const auto options = static_cast<std::uint64_t>(control.last() - control.first() + 1);
+  const auto options = static_cast<std::uint64_t>(control.last() - control.first()) + 1;
   control.choose(control.first() + static_cast<int>(chance_.below(options)));
 }
 

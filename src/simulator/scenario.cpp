@@ -209,7 +209,7 @@ void Scenario::script_dns() {
     for (const std::string& address : addresses_) {
       switch (chance_.below(5)) {
         case 0:
-          dns.script_name(address, std::string("<b>\x1b[2J\"\n\0x", 12));
+          dns.script_name(address, std::string("<b>\x1b[2J\"\n\0x", 11));
           break;
         case 1:
           dns.script_name(address, std::string(253, 'n'), 4000);

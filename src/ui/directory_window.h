@@ -24,8 +24,6 @@ class DirectoryWindow : public FormWindow {
   DirectoryWindow(FormBinding& binding, QWidget* parent);
   [[nodiscard]] QComboBox* places() const { return places_; }
   [[nodiscard]] QTreeView* tree() const { return tree_; }
-
- public slots:
   void make_folder();
 
  private:

@@ -9,7 +9,7 @@
 namespace velmora::ui {
 namespace {
 
-constexpr qint64 kMostBytes = 1024 * 1024;
+constexpr qint64 kMostBytes = qint64{1024} * 1024;
 constexpr int kMostPixels = 1024;  // along each side
 
 // Only the GIF decoder is asked, and only for an image of which the header promises a sane size.

@@ -183,7 +183,7 @@ TEST(Allocation, EveryRequestOfASessionMayBeRefused) {
   ASSERT_EQ(good.blocks_lost, 0);
   std::uint64_t told = 0;
   std::uint64_t played = 0;
-  for (const std::uint64_t in_a_row : {1, 3}) {
+  for (const std::uint64_t in_a_row : {1U, 3U}) {
     for (std::uint64_t n = in_a_row; n <= good.asked; n += stride()) {
       const Outcome outcome = play(n, in_a_row);
       ++played;

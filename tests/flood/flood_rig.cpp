@@ -78,7 +78,7 @@ class Control {
     for (;;) {
       const auto end = text_.find('\n');
       if (end != std::string::npos) {
-        const std::string line = text_.substr(0, end);
+        std::string line = text_.substr(0, end);
         text_.erase(0, end + 1);
         return line;
       }

@@ -33,9 +33,7 @@ TEST(ListSorting, CellsGoByWhatTheyMeanAndEmptyOnesAreLast) {
       {"9.0.0.1:80", "10.0.0.2:6346", "10.0.0.2:12000", "10.0.0.10:1", "host.example:9",
        "Host.example:10"},
       {"7", "1,2,3", "1e5.mp3", "apple", "Banana", "track 9", "Track 10", "zebra",
-       "\xC3\x89"
-       "clair",
-       "\xC3\xA9toile"},
+       std::string("\xC3\x89") + "clair", "\xC3\xA9toile"},
   };
   for (const auto& cells : in_order) {
     ScriptedList list({"Key", "Size"});

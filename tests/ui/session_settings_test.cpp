@@ -79,7 +79,7 @@ TEST_F(SettingsSession, ChoosesDirectoriesForBothPurposes) {
     rig_.click(browse);
     EXPECT_TRUE(on_screen(form().frmDir));
     EXPECT_FALSE(on_screen(form().frmDir_mode));
-    const std::string caption = text(form().frmDir_caption).toStdString();
+    std::string caption = text(form().frmDir_caption).toStdString();
     rig_.type(form().frmDir_path, path, false);
     rig_.click(end);
     EXPECT_FALSE(on_screen(form().frmDir));

@@ -57,7 +57,7 @@ class Protocol : public testing::Test {
     return json::parse(answer);
   }
   json call(const std::string& method, const json& params = json::object()) {
-    const json answer = call_line(
+    json answer = call_line(
         json{{"jsonrpc", "2.0"}, {"id", 7}, {"method", method}, {"params", params}}.dump());
     EXPECT_EQ(answer.at("id"), 7);
     EXPECT_EQ(answer.at("jsonrpc"), "2.0");
@@ -244,9 +244,7 @@ TEST_F(Protocol, RowsAreGivenAsTheyAreShown) {
   EXPECT_EQ(all.at("columns"), json({"Hosts", "Files", "Size Kb", "Hop", "TTL", "Sock"}));
   EXPECT_EQ(all.at("total"), 3);
   ASSERT_EQ(all.at("rows").size(), 3U);
-  EXPECT_EQ(all.at("rows")[2], json({"h\xC3\xA9"
-                                     "3",
-                                     "2", "3", "4", "5", "6"}));
+  EXPECT_EQ(all.at("rows")[2], json({std::string("h\xC3\xA9") + "3", "2", "3", "4", "5", "6"}));
 
   // of every row the fourth cell and the row's number
   const auto cells_of = [&](const json& params) {

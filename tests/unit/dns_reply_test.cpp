@@ -11,7 +11,7 @@
 namespace velmora {
 namespace {
 
-using std::string_literals::operator""s;
+using namespace std::string_literals;
 
 const std::string kAsked = "1.0.0.10.in-addr.arpa";
 const std::string kPointer = "\xC0\x0C";  // to the question's name

@@ -9,7 +9,8 @@ TEST(Progress, RateCountsChangesAndFallsWhenNothingComes) {
   RateMeter meter;
   EXPECT_EQ(meter.rate(0), 0);
   for (int second = 0; second <= 40; ++second) {
-    meter.add(second, second / 4 * 1000.0);  // a coarse count: one change in four seconds
+    const int changes = second / 4;  // a coarse count: one change in four seconds
+    meter.add(second, changes * 1000.0);
   }
   EXPECT_DOUBLE_EQ(meter.rate(41), 250);
   EXPECT_LT(meter.rate(400), 50);

@@ -65,9 +65,8 @@ TEST(SettingsStore, KeepsEveryByteString) {
       std::string("nul\0in", 6),
       "caf\xC3\xA9 \xF0\x9F\x8E\xB5",
       "latin caf\xE9",
-      "\xE2\x90\x9B",  // the mark itself
-      "\xE2\x90\x9B"
-      "41",                                    // what an escape looks like
+      "\xE2\x90\x9B",                          // the mark itself
+      std::string("\xE2\x90\x9B") + "41",      // what an escape looks like
       "\xE2\x90",                              // the mark cut short
       "\xED\xA0\x80\xC0\x80\xF4\x90\x80\x80",  // surrogate, overlong, beyond the last character
       "\xEF\xBB\xBF\xEF\xBF\xBE\x7F\x1B[31m",

@@ -115,7 +115,7 @@ std::string text(const LocalTime& time) {
 
 TEST_F(SimLoopTest, CivilTimeMovesWithTheClock) {
   EXPECT_EQ(text(loop.local_time()), "2000 6 30 14 5 0 ");
-  world.run_for(10 * 3600 * 1000);
+  world.run_for(std::int64_t{10} * 3600 * 1000);
   EXPECT_EQ(text(loop.local_time()), "2000 7 1 0 5 0 ");
   world.set_local_time({2004, 2, 28, 23, 59, 59});
   world.run_for(999);

@@ -195,17 +195,17 @@ TEST_F(SimNetworkTest, APausedReaderStopsTheSenderAndThenGetsEverything) {
   world.conditions().receive_window = 1000;
   connect();
   far().set_reading(false);
-  const std::size_t total = 300 * 1024;
+  const std::size_t total = std::size_t{300} * 1024;
   near().write(std::string(total, 'x'));
   world.run_for(100);
   EXPECT_THAT(server.take(), IsEmpty());
   EXPECT_EQ(near().unacknowledged(), total - 1000);  // the window is full
-  EXPECT_EQ(near().unsent(), total - 1000 - 256 * 1024);
+  EXPECT_EQ(near().unsent(), total - 1000 - std::size_t{256} * 1024);
   far().set_reading(true);
   EXPECT_THAT(server.take(), IsEmpty());  // never inside the call
   world.run_for(0);
   EXPECT_THAT(server.take(), ElementsAre("103000 read 1000"));
-  world.conditions().receive_window = 256 * 1024;
+  world.conditions().receive_window = std::size_t{256} * 1024;
   world.run_for(100);
   EXPECT_EQ(server.bytes, total);
   EXPECT_EQ(near().unacknowledged(), 0U);
@@ -238,7 +238,7 @@ TEST_F(SimNetworkTest, UnsentBytesAreLimitedPerSocketAndInAll) {
   EXPECT_EQ(last.unsent(), 0U);
   world.run_for(1);  // the kernel has taken its share
   last.write("y");
-  near().write(std::string(256 * 1024, 'z'));
+  near().write(std::string(std::size_t{256} * 1024, 'z'));
   EXPECT_EQ(near().unsent(), kMaxUnsentPerSocket);
   EXPECT_EQ(error_of([this] { near().write("y"); }), Errc::no_buffer_space);
 }

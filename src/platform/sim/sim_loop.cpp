@@ -11,7 +11,7 @@ class SimTimer : public Timer {
       : scheduler_(scheduler),
         interval_ms_(interval_ms),
         on_tick_(std::make_shared<std::function<void()>>(std::move(on_tick))) {}
-  ~SimTimer() override { set_enabled(false); }
+  ~SimTimer() override { SimTimer::set_enabled(false); }
 
   void set_interval(int interval_ms) override {
     interval_ms_ = interval_ms;

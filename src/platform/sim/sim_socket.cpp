@@ -15,7 +15,7 @@ SimSocket::SimSocket(SimNetwork& network, std::shared_ptr<Endpoint> endpoint, So
       endpoint_(std::move(endpoint)),
       events_(nullptr) {
   network_.add_socket(this);
-  set_events(events);
+  SimSocket::set_events(events);
 }
 
 SimSocket::~SimSocket() {

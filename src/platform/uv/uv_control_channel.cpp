@@ -54,7 +54,7 @@ UvControlChannel::UvControlChannel(UvLoop& loop, const std::string& profile)
 }
 
 UvControlChannel::~UvControlChannel() {
-  close();
+  UvControlChannel::close();
   loop_.remove_turn_end(*this);
 }
 

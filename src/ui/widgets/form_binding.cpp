@@ -77,10 +77,9 @@ void FormBinding::apply(const std::function<void()>& verb) {
 void FormBinding::press(std::function<void()> verb) {
   QMetaObject::invokeMethod(
       this,
-      [this, verb = std::move(verb)] {
-        const QPointer<FormBinding> alive(this);
-        apply(verb);
-        if (alive) flush();
+      [alive = QPointer<FormBinding>(this), verb = std::move(verb)] {
+        alive->apply(verb);  // which may end the window
+        if (alive) alive->flush();
       },
       Qt::QueuedConnection);
 }

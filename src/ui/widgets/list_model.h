@@ -17,7 +17,7 @@
 
 namespace velmora::ui {
 
-class ListModel : public QAbstractTableModel {
+class ListModel final : public QAbstractTableModel {
   Q_OBJECT
 
  public:

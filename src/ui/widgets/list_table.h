@@ -46,7 +46,6 @@ class ListTable : public QTableView {
   // Told what the program said when it could not do what was asked.
   std::function<void(QString)> on_error;
 
- public slots:
   void activate_current();
   void copy_rows();
   void copy_cell();

@@ -96,7 +96,7 @@ std::string edited_bytes(const QString& text, std::string_view before) {
 }
 
 QString plain_tooltip(const QString& text) {
-  const QString cut =
+  QString cut =
       text.size() > kLongestTooltip ? text.left(kLongestTooltip) + QChar(u'\u2026') : text;
   if (cut.size() <= kTooltipLine && !Qt::mightBeRichText(cut)) return cut;
   return Qt::convertFromPlainText(cut, Qt::WhiteSpaceNormal);  // escaped, and so it wraps
