@@ -119,17 +119,20 @@ class PushRequests : public PushSender {
   Originator& originator_;
 };
 
-// To whom nothing is offered: the addresses that the cache keeps out.
+// To whom nothing is offered: the addresses that the cache keeps out, and some that only a
+// stranger would name.
 class CacheFilterRule : public AddressRule {
  public:
-  CacheFilterRule(const FilterArray& filter, const Behaviour& behaviour)
-      : filter_(filter), behaviour_(behaviour) {}
+  CacheFilterRule(const FilterArray& filter, const MessageConnections& connections,
+                  const Behaviour& behaviour)
+      : filter_(filter), connections_(connections), behaviour_(behaviour) {}
   [[nodiscard]] bool keeps_out(const std::string& address) const override {
-    return is_filtered(filter_, address, behaviour_);
+    return is_filtered_for_strangers(filter_, address, connections_.local_address(), behaviour_);
   }
 
  private:
   const FilterArray& filter_;
+  const MessageConnections& connections_;
   const Behaviour& behaviour_;
 };
 

@@ -153,7 +153,7 @@ struct Servent::Parts {
   Answers answers{answering};
   SharedScan scan{platform, form, shared_index, log, behaviour};
   UploadServer uploads{platform, form, shared_index, client_names, log, behaviour};
-  CacheFilterRule push_rule{cache_filter, behaviour};
+  CacheFilterRule push_rule{cache_filter, connections, behaviour};
   PushAnswering push_answering{platform, shared_index, replies, push_rule, uploads, log, behaviour};
   PushAnswers push_answers{push_answering};
   PushRequests push_requests{relay, originator};

@@ -12,6 +12,12 @@ bool is_private(const std::string& entry) {
   return std::find(ranges.begin(), ranges.end(), entry) != ranges.end();
 }
 
+bool lies_in_private_range(std::string_view address) {
+  const std::vector<std::string> ranges = private_addresses();
+  return std::any_of(ranges.begin(), ranges.end(),
+                     [&](const std::string& range) { return address.starts_with(range); });
+}
+
 }  // namespace
 
 std::vector<std::string> private_addresses() {
@@ -25,6 +31,14 @@ bool is_filtered(const FilterArray& filter, std::string_view address, const Beha
   return std::any_of(filter.begin(), filter.end(), [&](const std::string& entry) {
     return address.starts_with(entry) && !(behaviour.local_network && is_private(entry));
   });
+}
+
+bool is_filtered_for_strangers(const FilterArray& filter, std::string_view address,
+                               std::string_view own_address, const Behaviour& behaviour) {
+  for (const std::string_view range : {"0.", "127.", "169.254."}) {
+    if (address.starts_with(range) && !own_address.starts_with(range)) return true;
+  }
+  return is_filtered(filter, address, lies_in_private_range(own_address) ? behaviour : kClassic);
 }
 
 void rebuild_filter_array(const Form& form, FilterArray& filter) {

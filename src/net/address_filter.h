@@ -22,6 +22,12 @@ std::vector<std::string> private_addresses();
 bool is_filtered(const FilterArray& filter, std::string_view address,
                  const Behaviour& behaviour = kClassic);
 
+// The same for an address that a stranger wants this servent to connect to. It must not reach the
+// own machine or link unless the servent itself has such an address, and the entries for private
+// addresses always count unless the servent's own is private.
+bool is_filtered_for_strangers(const FilterArray& filter, std::string_view address,
+                               std::string_view own_address, const Behaviour& behaviour);
+
 // Copies the filter list into the array.
 void rebuild_filter_array(const Form& form, FilterArray& filter);
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/error.h"
 #include "platform/number.h"
 #include "platform/trap.h"
 #include "protocol/conversions.h"
@@ -112,7 +113,13 @@ bool Originator::send_push(std::size_t connection, std::string_view servent,
     push.port = unsigned_port(to_port(typed_number(form_.upport_config.text())));
     DescriptorHeader header = new_header(kPush, identifiers_.next());
     header.payload_length = kPushLength;
-    connections_.msgwrite(connection, header_to_str(header, log_) + push_to_str(push, log_));
+    const std::string payload = push_to_str(push, log_);
+    // Shorter when the address that is to be told is none; what follows would be taken for its
+    // rest.
+    if (static_cast<float>(payload.size()) != kPushLength) {
+      throw PlatformError(Errc::type_mismatch);
+    }
+    connections_.msgwrite(connection, header_to_str(header, log_) + payload);
     counters_.pushes_out += 1;
   });
 }

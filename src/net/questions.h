@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -51,6 +52,10 @@ class SearchMemory {
  public:
   virtual ~SearchMemory() = default;
   virtual std::int16_t remember_search(const std::string& text, const std::string& guid) = 0;
+  // Tells of every search that it keeps.
+  using Visit =
+      std::function<void(std::int16_t number, const std::string& text, const std::string& guid)>;
+  virtual void visit_searches(const Visit& visit) const = 0;
 };
 
 // The name known for an address; "?" when there is none.

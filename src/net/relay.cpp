@@ -12,8 +12,12 @@ Relay::Relay(EventLoop& loop, MessageConnections& connections, TrafficCounters& 
 
 std::int16_t Relay::remember_search(const std::string& text, const std::string& guid) {
   const std::int16_t number = searches_.remember_search(text, guid);
-  if (behaviour_.relay) queries_.enter(guid, text, {.search = number}, loop_.now_ms());
+  if (behaviour_.relay) enter_own(number, text, guid);
   return number;
+}
+
+void Relay::enter_own(std::int16_t number, const std::string& text, const std::string& guid) {
+  queries_.enter(guid, text, {.search = number}, loop_.now_ms());
 }
 
 // Kept: a repeated query is answered and forwarded again; only TTL and hops stop it.
@@ -58,6 +62,12 @@ std::size_t Relay::way_to(std::string_view servent) const {
 }
 
 void Relay::follow_behaviour() {
+  if (behaviour_.relay && !relays_) {
+    visit_searches([this](std::int16_t number, const std::string& text, const std::string& guid) {
+      enter_own(number, text, guid);
+    });
+  }
+  relays_ = behaviour_.relay;
   if (!behaviour_.relay) queries_.clear();
   if (!behaviour_.relay && !behaviour_.push) servents_.clear();
 }

@@ -28,6 +28,7 @@ class Relay : public SearchMemory {
         SearchMemory& searches, const Behaviour& behaviour);
 
   std::int16_t remember_search(const std::string& text, const std::string& guid) override;
+  void visit_searches(const Visit& visit) const override { searches_.visit_searches(visit); }
 
   // Whether the query is to be answered and forwarded. Repeats are not, own queries that come back
   // are not, nor are queries of which bytes are missing.
@@ -44,13 +45,14 @@ class Relay : public SearchMemory {
   // The connection on which a servent was last heard of; 0: none that stands.
   [[nodiscard]] std::size_t way_to(std::string_view servent) const;
 
-  // Frees what the switches that are off held.
+  // Frees what the switches that are off held. Own searches from before "relay" are known with it.
   void follow_behaviour();
 
  private:
   [[nodiscard]] bool stands(const Way& way) const;
   [[nodiscard]] Way from(std::size_t connection) const;
   void note_servent(const QueryHit& hit, std::size_t connection);
+  void enter_own(std::int16_t number, const std::string& text, const std::string& guid);
   bool whole(const DescriptorHeader& header, std::string_view data, std::size_t connection);
 
   EventLoop& loop_;
@@ -60,6 +62,7 @@ class Relay : public SearchMemory {
   const Behaviour& behaviour_;
   QueryRoutes queries_;
   ServentRoutes servents_;
+  bool relays_ = false;  // as follow_behaviour() last saw the switch
 };
 
 }  // namespace velmora

@@ -5,6 +5,7 @@
 
 #include "platform/trap.h"
 #include "share/name_patterns.h"
+#include "share/shared_list_file.h"
 
 namespace velmora {
 
@@ -57,10 +58,11 @@ void LibraryWatch::stop() {
   next_scan_ms_ = 0;
 }
 
+// Every scan saves the list, which may lie in a shared folder; it would go on for ever.
 void LibraryWatch::on_folder_changed(std::string_view entry) {
   trap(log_, "Shared folders: ", [&] {
-    const bool hidden = entry.starts_with('.');
-    if (!hidden && !NamePatterns(form_.exclude_config.text()).fit(entry)) changed();
+    const bool passed_over = entry.starts_with('.') || entry == kSharedListFile;
+    if (!passed_over && !NamePatterns(form_.exclude_config.text()).fit(entry)) changed();
   });
 }
 

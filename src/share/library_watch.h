@@ -1,7 +1,8 @@
 // Finds out by itself that the shared folders have changed. It has the machine watch the folders
 // that a scan visits, and asks for the next scan once nothing has changed for two seconds, at most
-// every thirty. It scans nothing and knows no files; names that the patterns fit, and hidden ones,
-// are no changes. On a machine that cannot watch it only asks when it is told of a change.
+// every thirty. It scans nothing and knows no files; names that the patterns fit, hidden ones and
+// the saved list of shared files are no changes. On a machine that cannot watch it only asks when
+// it is told of a change.
 #pragma once
 
 #include <cstdint>

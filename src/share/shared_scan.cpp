@@ -55,6 +55,8 @@ void SharedScan::follow_behaviour() {
   follows_ = behaviour_.large_library;
   if (follows_) {
     watch_.changed();
+  } else if (scanning() && by_itself_) {
+    stop();
   } else {
     watch_.stop();
   }

@@ -58,6 +58,10 @@ class UploadConnection : public SocketEvents {
   void send_packet(std::string_view bytes) { socket_->write(bytes); }
   // Whether a packet may leave: everything before it is with the kernel, the header with the peer.
   [[nodiscard]] bool ready();
+  // Whether a packet of so many bytes may leave behind others that wait.
+  [[nodiscard]] bool has_room(std::size_t bytes) const {
+    return socket_->unsent() + bytes <= kMaxUnsentPerSocket;
+  }
 
  private:
   void on_connect() override {}

@@ -335,7 +335,20 @@ void UploadServer::send_packets(std::size_t index, std::int64_t ticks) {
     slot.position = std::min(slot.range_start, slot.end);
     slot.state = UploadState::sending;
   }
-  for (; ticks > 0 && slot.state == UploadState::sending; --ticks) send_packet(index);
+  send_packet(index);
+  while (--ticks > 0 && may_follow(index)) send_packet(index);
+}
+
+// Whether another packet of the same round may leave. The end is never part of a round: it waits
+// for a tick that finds everything sent.
+bool UploadServer::may_follow(std::size_t index) const {
+  const UploadSlot& slot = upload_slots_.at(index);
+  return slot.state == UploadState::sending && slot.position != slot.end &&
+         connections_.at(index - 1)->has_room(static_cast<std::size_t>(packet_length(slot)));
+}
+
+std::int32_t UploadServer::packet_length(const UploadSlot& slot) const {
+  return std::min(form_.pack_upload.position(), slot.end - slot.position);
 }
 
 void UploadServer::send_packet(std::size_t index) {
@@ -345,7 +358,7 @@ void UploadServer::send_packet(std::size_t index) {
     end_upload(index, "Done");
     return;
   }
-  const std::int32_t length = std::min(form_.pack_upload.position(), slot.end - slot.position);
+  const std::int32_t length = packet_length(slot);
   slot.file->read_into(packet_, static_cast<std::uint64_t>(slot.position),
                        static_cast<std::size_t>(length));
   if (packet_.size() < static_cast<std::size_t>(length)) {

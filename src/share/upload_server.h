@@ -75,6 +75,8 @@ class UploadServer : private ListenerEvents, private UploadConnectionEvents {
   std::int64_t ticks_due();
   void send_packets(std::size_t index, std::int64_t ticks);
   void send_packet(std::size_t index);
+  [[nodiscard]] bool may_follow(std::size_t index) const;
+  [[nodiscard]] std::int32_t packet_length(const UploadSlot& slot) const;
   void count_upload(const UploadSlot& slot);
   void end_upload(std::size_t index, const std::string& status);
   void stop_upload(std::size_t index);

@@ -329,6 +329,7 @@ void DownloadClient::process_standard_header(Element& element, std::string_view 
   // Bytes that are there and were asked for again are compared; none are where all comes anew.
   if (reply.start != element.start - element.again) element.again = 0;
   element.start = reply.start + element.again;
+  record.bytes_received = std::min(record.bytes_received, element.start);
   element.web.skip = reply.skip;
   element.web.body = true;
   open_file(element);
@@ -469,6 +470,7 @@ void DownloadClient::write_block(Element& element, std::string_view block) {
   if (!element.check.agrees(block)) return end_as_other_file(element);
   if (element.check.left() > 0) return;
   const std::uint64_t promised = record.exact_size() - record.file->position();
+  record.fetched = true;
   record.file->write(
       block.substr(0, static_cast<std::size_t>(std::min<std::uint64_t>(promised, block.size()))));
   record.bytes_received = record.file->position();

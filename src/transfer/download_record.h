@@ -21,6 +21,7 @@ struct DownloadRecord : search_result {
   std::int16_t state = 0;  // below 1: no transfer is running
   std::int32_t activity = 0;
   std::unique_ptr<PartialFile> file;  // none while no file is open
+  bool fetched = false;               // in this run bytes were written
   std::string message;                // what the other side said, if anything
   std::string server;                 // as its reply names it
   std::uint64_t id = 0;               // tells entries that may move apart; 0: it never moves

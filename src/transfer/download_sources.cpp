@@ -8,14 +8,22 @@
 namespace velmora {
 namespace {
 
-template <class Source>
-bool same_place(const Source& source, const search_result& result) {
-  return source.address == result.address && source.port == result.port;
+template <class One, class Other>
+bool same_place(const One& one, const Other& other) {
+  return one.address == other.address && one.port == other.port;
 }
 
-auto find_place(std::vector<DownloadSource>& sources, const search_result& result) {
+template <class Other>
+auto find_place(std::vector<DownloadSource>& sources, const Other& other) {
   return std::find_if(sources.begin(), sources.end(),
-                      [&](const DownloadSource& source) { return same_place(source, result); });
+                      [&](const DownloadSource& source) { return same_place(source, other); });
+}
+
+// The servent may be another one by then, with files of its own.
+template <class Source>
+void refresh(Source& source, const search_result& result) {
+  source.file_index = result.file_index;
+  source.servent_guid = result.servent_guid;
 }
 
 }  // namespace
@@ -43,18 +51,29 @@ void use_source(DownloadRecord& record, DownloadSource source) {
 AddedSource add_source(DownloadRecord& record, const search_result& result) {
   WholeFile& whole = *record.whole;
   if (same_place(record, result)) {
-    record.file_index = result.file_index;
+    if (record.state < 1) refresh(record, result);
     return AddedSource::known;
   }
   const auto known = find_place(whole.others, result);
   if (known != whole.others.end()) {
-    known->file_index = result.file_index;
+    refresh(*known, result);
     return AddedSource::known;
   }
   if (find_place(whole.dropped, result) != whole.dropped.end()) return AddedSource::dropped;
   if (whole.others.size() + 1 >= kMaxSources) return AddedSource::too_many;
   whole.others.push_back(source_of(result));
   return AddedSource::as_another;
+}
+
+void add_sources(DownloadRecord& record, const DownloadRecord& other) {
+  auto& others = record.whole->others;
+  std::vector<DownloadSource> more = other.whole->others;
+  more.insert(more.begin(), source_of(other));
+  for (DownloadSource& source : more) {
+    if (others.size() + 1 >= kMaxSources) return;
+    if (same_place(record, source) || find_place(others, source) != others.end()) continue;
+    others.push_back(std::move(source));
+  }
 }
 
 void forgive_source(DownloadRecord& record, const search_result& result) {

@@ -11,8 +11,11 @@ namespace velmora {
 bool same_file(const search_result& one, const search_result& other);
 
 enum class AddedSource { as_another, known, too_many, dropped };
-// A source that is known gets the result's file number, which is the later one.
+// A source that is known gets the result's file number and servent, which are the later ones; not
+// while it is being fetched from.
 AddedSource add_source(DownloadRecord& record, const search_result& result);
+// Those of another entry of the same file behind its own, as far as there is room.
+void add_sources(DownloadRecord& record, const DownloadRecord& other);
 
 // A source that was dropped may be added again.
 void forgive_source(DownloadRecord& record, const search_result& result);

@@ -18,4 +18,11 @@ std::int16_t SearchSlots::remember_search(const std::string& text, const std::st
   return current_search_;
 }
 
+void SearchSlots::visit_searches(const Visit& visit) const {
+  for (std::size_t i = 0; i < search_slots_.size(); ++i) {
+    const SearchSlot& slot = search_slots_[i];
+    if (!slot.guid.empty()) visit(static_cast<std::int16_t>(i + 1), slot.text, slot.guid);
+  }
+}
+
 }  // namespace velmora

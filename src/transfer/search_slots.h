@@ -21,6 +21,7 @@ class SearchSlots : public SearchMemory {
   explicit SearchSlots(Form& form);
 
   std::int16_t remember_search(const std::string& text, const std::string& guid) override;
+  void visit_searches(const Visit& visit) const override;
 
   [[nodiscard]] std::int16_t current_search() const { return current_search_; }  // 1 to 3
   void set_current_search(std::int16_t number) { current_search_ = number; }

@@ -62,14 +62,13 @@ void WholeDownloads::changed() {
 std::string WholeDownloads::begin() {
   std::string text;
   trap(log_, "load_downloads: ", [&] {
+    const bool in_doubt = std::exchange(in_doubt_, true);  // until all of the file is in the list
     take_over_all();
     std::vector<DownloadRecord> loaded;
     text = load_downloads(files_, loaded, kMaxDownloads);
-    if (!text.empty()) {
-      log_.debug_log(text);
-      in_doubt_ = true;
-    }
+    if (!text.empty()) log_.debug_log(text);
     add_loaded(std::move(loaded));
+    in_doubt_ = in_doubt || !text.empty();
     downloads_.redraw();
   });
   return text;
@@ -91,16 +90,41 @@ void WholeDownloads::take_over(DownloadRecord& entry) {
   } else if (entry.status == "Done") {
     entry.whole->turn = Turn::done;
   }
+  if (!is_running(entry) && entry.fetched) cut_to_received(entry);
   changed_ = true;
+}
+
+// What lies behind the bytes that count may not lie where it belongs.
+void WholeDownloads::cut_to_received(const DownloadRecord& entry) {
+  trap(log_, "download_manager: ", [&] {
+    const std::string& folder = form_.down_config.text();
+    const std::string name = disk_name(entry.full_name());
+    const std::uint64_t length = entry.bytes_received;
+    if (PartialFile::length_on_disk(files_, folder, name) <= length) return;
+    PartialFile(files_, folder, name, length).cut(length);
+  });
 }
 
 void WholeDownloads::add_loaded(std::vector<DownloadRecord> loaded) {
   for (DownloadRecord& entry : loaded) {
-    if (find(entry) != 0) continue;
+    if (const std::size_t there = find(entry); there != 0) {
+      add_to(list().at(there), entry);
+      continue;
+    }
     entry.id = downloads_.next_id();
     list().grow_to(list().upper_bound() + 1);
     list().at(list().upper_bound()) = std::move(entry);
   }
+}
+
+// What an entry that stayed in the list lost when the switch was turned off.
+void WholeDownloads::add_to(DownloadRecord& entry, const DownloadRecord& loaded) {
+  WholeFile& whole = *entry.whole;
+  if (!same_file(entry, loaded) || whole.turn == Turn::done) return;
+  add_sources(entry, loaded);
+  if (is_running(entry) || loaded.whole->turn != Turn::paused) return;
+  whole.turn = Turn::paused;
+  entry.status = "Paused";
 }
 
 void WholeDownloads::end() {
@@ -305,7 +329,8 @@ bool WholeDownloads::ended(std::size_t entry) {
 }
 
 // Entries that have tried all their sources look for more among the results, in one walk; those
-// that find none wait.
+// that find none wait. With no place left to remember who has another file, none is looked for, or
+// the same ones would be asked for ever.
 void WholeDownloads::find_sources(const std::vector<std::size_t>& entries) {
   std::unordered_map<std::string, std::vector<std::size_t>> by_name;
   std::vector<std::size_t> had;
@@ -317,7 +342,9 @@ void WholeDownloads::find_sources(const std::vector<std::size_t>& entries) {
     const auto named = by_name.find(result.name);
     if (named == by_name.end()) continue;
     for (const std::size_t i : named->second) {
-      if (same_file(list().at(i), result)) add_source(list().at(i), result);
+      DownloadRecord& entry = list().at(i);
+      if (entry.whole->dropped.size() >= kMaxSources) continue;
+      if (same_file(entry, result)) add_source(entry, result);
     }
   }
   for (std::size_t i = 0; i < entries.size(); ++i) {

@@ -50,6 +50,8 @@ class WholeDownloads {
   [[nodiscard]] OneBased<DownloadRecord>& list() { return downloads_.download_list(); }
   void take_over_all();
   void take_over(DownloadRecord& entry);
+  void cut_to_received(const DownloadRecord& entry);
+  static void add_to(DownloadRecord& entry, const DownloadRecord& loaded);
   void add_loaded(std::vector<DownloadRecord> loaded);
   [[nodiscard]] std::size_t find(const search_result& result) const;
   void add_entry(const search_result& result);

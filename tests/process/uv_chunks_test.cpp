@@ -134,11 +134,10 @@ TEST_F(UvChunksTest, AStringOfSeveralSegmentsIsAnnouncedWholeAndWhatFollowsApart
   ASSERT_TRUE(until([&] { return asked == 1; }));
   EXPECT_TRUE(end.reads.empty());
   send_bare(large.substr(10'000, 1));
-  ASSERT_TRUE(until([&] { return asked == 2; }));
-  EXPECT_TRUE(end.reads.empty());
   send_bare(large.substr(10'001) + after);
   ASSERT_TRUE(until([&] { return end.reads.size() == 2; }));
   EXPECT_THAT(end.reads, ElementsAre(before + large, after));
+  EXPECT_LE(asked, 3U) << "not for every packet";
 }
 
 TEST_F(UvChunksTest, WhatStaysAwayIsNotWaitedFor) {

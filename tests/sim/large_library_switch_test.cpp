@@ -199,6 +199,39 @@ TEST(LargeLibrarySwitch, OffItWatchesNothingAndScansAsEver) {
   EXPECT_EQ(rig.shared().size(), 3U);
 }
 
+TEST(LargeLibrarySwitch, TurnedOffItGivesUpAScanThatBeganByItself) {
+  for (const bool by_itself : {true, false}) {
+    LibraryRig rig(true, kTree);
+    rig.scan();
+    rig.world.run_for(kLibraryScanMs);
+    rig.host.files().put("/music/live/new.ogg", "n");
+    if (by_itself) {
+      rig.host.folders().change("/music/live", "new.ogg");
+      ASSERT_TRUE(rig.world.run_until([&] { return rig.form().scan_progress.running(); }, 3000));
+    } else {
+      rig.form().scan_config.click();
+    }
+    rig.form().behaviour.choose(kClassicProfile);
+    rig.wait_for_scan();
+    EXPECT_EQ(rig.form().sharenum_config.text(), by_itself ? "3" : "4");
+    EXPECT_EQ(rig.shared().size(), by_itself ? 3U : 4U);
+    EXPECT_TRUE(rig.form().scan_config.enabled());
+    EXPECT_TRUE(rig.host.folders().watched().empty());
+    EXPECT_EQ(rig.next_scan(), -1);
+  }
+}
+
+// The profile's folder may itself lie below a shared one.
+TEST(LargeLibrarySwitch, TheListThatAScanSavesCausesNoScan) {
+  LibraryRig rig(true, kTree);
+  rig.scan();
+  rig.host.folders().change("/music/live", ".velmora-list");
+  rig.host.folders().change("/music/live", kSharedListFile);
+  EXPECT_EQ(rig.next_scan(), -1);
+  rig.host.folders().change("/music/live", std::string("My ") + kSharedListFile);
+  EXPECT_EQ(rig.next_scan(), kLibraryQuietMs);
+}
+
 TEST(LargeLibrarySwitch, ALibraryWithoutDirectoriesIsLeftAlone) {
   LibraryRig rig(true, {});
   rig.form().upload_config.press_delete(1);

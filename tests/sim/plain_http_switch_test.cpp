@@ -295,6 +295,27 @@ TEST(PlainHttpSwitch, ResumingNeverShiftsTheBytes) {
   }
 }
 
+// The other file's reply ends before its first byte, so none of the earlier file may count.
+TEST(PlainHttpSwitch, BytesOfAnEarlierFileAreNotGoneOnFrom) {
+  DownloadRig rig(true);
+  rig.start();
+  rig.refuse_classic_request();
+  rig.send({"HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\n0123"});
+  rig.peers.back()->close();
+  rig.world.run_for(10);
+  rig.start();
+  rig.refuse_classic_request();
+  rig.send({"HTTP/1.1 200 OK\r\nContent-Length: 6\r\n\r\n"});
+  rig.peers.back()->close();
+  rig.world.run_for(10);
+  EXPECT_EQ(rig.status(), "Disconnected");
+  EXPECT_THAT(rig.start(), HasSubstr("Range: bytes=0-6\r\n"));
+  EXPECT_EQ(rig.refuse_classic_request(), standard_request());
+  rig.send({"HTTP/1.1 200 OK\r\nContent-Length: 6\r\n\r\nabcdef"});
+  EXPECT_EQ(rig.status(), "Done");
+  EXPECT_EQ(rig.file(), "abcdef");
+}
+
 TEST(PlainHttpSwitch, ARefusalIsToldAndEndsTheAttempt) {
   const struct {
     std::string reply;

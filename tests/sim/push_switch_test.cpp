@@ -1,6 +1,7 @@
 // The switch "push", on and off: this servent asked to offer a file, and this servent asking.
 #include <gtest/gtest.h>
 
+#include "net/address_filter.h"
 #include "overlay_chain.h"
 #include "servent_rig.h"
 
@@ -124,6 +125,40 @@ TEST(PushSwitch, NobodyMakesItConnectAtWill) {
     rig.push(rig.servent_guid, 1, address);
   }
   EXPECT_EQ(rig.tries(), 9U + 64U);
+}
+
+// Whoever sends a push must not make this servent speak to its own machine or network.
+TEST(PushSwitch, AddressesThatOnlyAStrangerWouldName) {
+  FilterArray none;
+  FilterArray some(1);
+  some.resize(1);
+  some.at(1) = "192.168.";
+  Behaviour local;
+  local.local_network = true;
+  const struct {
+    const FilterArray& filter;
+    const char* address;
+    const char* own;
+    const Behaviour& behaviour;
+    bool kept_out;
+  } cases[] = {
+      {none, "127.0.0.1", "1.2.3.4", kClassic, true},
+      {none, "0.0.0.0", "1.2.3.4", kClassic, true},
+      {none, "127.0.0.2", "127.0.0.1", kClassic, false},
+      {none, "169.254.1.1", "10.0.0.1", local, true},
+      {none, "169.254.1.1", "169.254.2.2", local, false},
+      {none, "1.127.0.1", "1.2.3.4", kClassic, false},
+      {some, "192.168.1.1", "192.168.1.2", kClassic, true},
+      {some, "192.168.1.1", "1.2.3.4", local, true},
+      {some, "192.168.1.1", "10.0.0.1", local, false},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(is_filtered_for_strangers(c.filter, c.address, c.own, c.behaviour), c.kept_out)
+        << c.address << " asks " << c.own;
+  }
+  AskedRig rig("on");
+  rig.push(rig.servent_guid, 1, "127.0.0.1");
+  EXPECT_EQ(rig.tries(), 0U);
 }
 
 // What this servent asks for: the file 7 of a servent whose hit came from `peer`, at an address
@@ -256,6 +291,15 @@ TEST(PushSwitch, AnOfferThatSendsNothingEndsAsAConnectionDoes) {
   const std::int64_t taken_ms = rig.time_of("Connected");
   EXPECT_EQ(rig.time_of("Not accepted"), taken_ms + 4000);
   EXPECT_EQ(rig.pushes(), 1);
+}
+
+TEST(PushSwitch, WithNoAddressToTellItDoesNotAsk) {
+  AskingRig rig("on", kSilent);
+  rig.form().forceIP_config.set_text("my-host.example");
+  EXPECT_EQ(rig.time_of("Not accepted"), 4000);
+  EXPECT_EQ(rig.pushes(), 0);
+  EXPECT_EQ(rig.counter(rig.form().push_stat), "0 / 0");
+  EXPECT_EQ(rig.logged("Error: send_push Type mismatch"), 1);
 }
 
 TEST(PushSwitch, WithoutAWayItIsAsEver) {

@@ -183,6 +183,26 @@ TEST(RelaySwitch, ResultsAreThoseOfOwnSearches) {
   }
 }
 
+TEST(RelaySwitch, TurnedOnItKnowsTheSearchesFromBefore) {
+  RelayRig rig("off");
+  rig.world.set_local_time({2000, 6, 30, 9, 0, 0});
+  rig.form().search_num.choose(2);
+  rig.form().Tsearch.enter("abc");
+  rig.world.run_for(5);
+  rig.take_all();
+  for (BehaviourBox& box : rig.form().behaviour_boxes) {
+    if (box.name() == "relay_behaviour") box.set_checked(true);
+  }
+  rig.from(rig.a, hit("9012345678901234", "abc.mp3"));
+  rig.world.run_for(1100);
+  EXPECT_EQ(rig.form().totalsearch.text(), "1");
+  EXPECT_EQ(rig.form().lfound.cell_tooltip(1, 1), "abc   Search 2");
+  rig.from(rig.b, query("9012345678901234", "abc"));
+  EXPECT_EQ(rig.take_all(), "");
+  rig.from(rig.b, hit("", "abc.mp3"));  // an empty slot is no search
+  EXPECT_EQ(rig.counter(rig.form().route_stat), "1");
+}
+
 TEST(RelaySwitch, TurnedOffItForgetsAndIsClassicAgain) {
   RelayRig rig("on");
   rig.from(rig.a, query("q", "abc"));

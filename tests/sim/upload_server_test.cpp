@@ -346,6 +346,52 @@ TEST_F(UploadServerTest, MakesUpForTicksThatCameLate) {
   }
 }
 
+// Every tick makes up for many, to a client that takes little at a time.
+TEST_F(UploadServerTest, LateTicksNeverOverrunASlowReader) {
+  const struct {
+    std::size_t size;
+    int packet;
+    std::size_t first_round;
+  } cases[] = {{600'000, 100'000, 600'000},     // its end comes before the round's
+               {800'000, 100'000, 800'000},     // with the round's
+               {3'000'000, 400'000, 800'000}};  // what may wait holds two packets
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.size);
+    const Platform machine = host.platform();
+    LateMachine loop(machine.loop);
+    UploadServer late({loop, machine.network, machine.files, machine.boxes, machine.tray,
+                       machine.programs, machine.control, machine.dns},
+                      form, index, names, *this);
+    late.listen(7000);
+    const std::string file(c.size, 'z');
+    host.files().put("/d/a.bin", file);
+    world.conditions().receive_window = 500;
+    form.pack_upload.set_position(c.packet);
+    auto peer = world.connect_raw("10.0.0.2", "10.0.0.1", 7000);
+    world.run_for(5);
+    peer->send(request("1", "a.bin"));
+    world.run_for(100);
+    ASSERT_EQ(peer->received(), header(c.size));
+    peer->set_reading(false);
+    for (int tick = 0; tick < 40; ++tick) {  // longer than a closed connection's rest is kept
+      loop.late_ms += 100'000;
+      world.run_for(500);
+    }
+    EXPECT_EQ(late.upload_slots().at(1).status, "Uploading");
+    EXPECT_EQ(late.upload_slots().at(1).position, static_cast<std::int32_t>(c.first_round));
+    peer->set_reading(true);
+    world.conditions().receive_window = 1'000'000;
+    for (int tick = 0; tick < 40; ++tick) {
+      loop.late_ms += 100'000;
+      world.run_for(500);
+    }
+    EXPECT_EQ(late.upload_slots().at(1).status, "Done");
+    EXPECT_TRUE(peer->received() == header(c.size) + file) << peer->received().size();
+    EXPECT_EQ(log.size(), 0U);
+    late.shutdown();
+  }
+}
+
 TEST_F(UploadServerTest, StopsByDoubleClickWithAMessageForItsOwnKind) {
   form.text_upload.set_text("Sorry,\r\nbye");
   form.log_upload.set_checked(true);

@@ -196,6 +196,29 @@ TEST(WholeFiles, WithoutAnySourceOfTheSameFileItWaitsForThePerson) {
   EXPECT_EQ(rig.files().content("/down/a.mp3"), "01234567");
 }
 
+// More hosts have another file of that name than an entry remembers.
+TEST(WholeFiles, SourcesWithAnotherFileAreNotAskedForEver) {
+  Rig rig(true, {{"/down/a.mp3.download", "0123"}});
+  constexpr int kHosts = 19;
+  std::map<int, int> connections;
+  for (int i = 100; i < 100 + kHosts; ++i) {
+    rig.world.listen_raw("10.0.0." + std::to_string(i), 6345, [&connections, i](RawPeer& peer) {
+      ++connections[i];
+      peer.send(header(9));
+    });
+    if (i > 100) rig.find(i, "a.mp3", 8);
+  }
+  rig.queue(100, "a.mp3", 8);
+  rig.world.run_for(60 * kMinute);
+  EXPECT_EQ(rig.status(), "No source has the same file");
+  EXPECT_EQ(connections.size(), kMaxSources);
+  for (const auto& [host, count] : connections) EXPECT_EQ(count, 1) << host;
+
+  rig.queue(2, "a.mp3", 8);
+  rig.send(rig.asked(2), header(8) + "01234567");
+  EXPECT_EQ(rig.files().content("/down/a.mp3"), "01234567") << "a person's choice counts";
+}
+
 TEST(WholeFiles, SoManyRunAndTheOthersFollowInTheOrderOfTheList) {
   Rig rig(true, {}, {{"max_down", "0"}});
   for (const char* name : {"a.mp3", "b.mp3", "c.mp3", "d.mp3"}) rig.queue(2, name, 4);
@@ -432,6 +455,35 @@ TEST(WholeFiles, SwitchedWhileTheServentRunsItTakesOverAndLetsGo) {
   rig.send(classic, header(8));
   rig.send(classic, "567");
   EXPECT_EQ(rig.files().content("/down/b.mp3"), "01234567");
+}
+
+TEST(WholeFiles, TurnedOnAfterAnAttemptThatLostBytesItFetchesThemAgain) {
+  Rig rig(false);
+  rig.queue(2, "a.mp3", 8);
+  rig.form().resume_down.click();
+  rig.send(rig.asked(2), header(8) + "0");
+  rig.send(rig.asked(2), "123");
+  rig.asked(2).close();
+  rig.world.run_for(100);
+  EXPECT_EQ(rig.partial("a.mp3"), "123");
+  rig.form().behaviour_boxes[7].click();
+  EXPECT_EQ(rig.partial("a.mp3"), "");
+  EXPECT_THAT(rig.asked(2, 2).received(), HasSubstr("Range: bytes=0-8\r\n"));
+  rig.send(rig.asked(2, 2), header(8) + "01234567");
+  EXPECT_EQ(rig.files().content("/down/a.mp3"), "01234567");
+}
+
+TEST(WholeFiles, TurnedOffAndOnAgainItKeepsSourcesAndPauses) {
+  Rig rig(true, {}, {{"max_down", "0"}});
+  rig.queue(2, "a.mp3", 4);
+  rig.queue(3, "a.mp3", 4);
+  rig.press(rig.form().pause_down, 1);
+  for (int i = 0; i < 2; ++i) {
+    rig.form().behaviour_boxes[7].click();
+    rig.form().behaviour_boxes[7].click();
+    rig.world.run_for(5000);
+    EXPECT_EQ(rig.status(), "Paused (2 sources)");
+  }
 }
 
 }  // namespace

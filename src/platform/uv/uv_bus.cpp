@@ -28,12 +28,13 @@ UvBus::~UvBus() = default;
 
 void UvBus::open() {
   if (bus_) return;
+  if (!library_) library_ = std::make_unique<BusLibrary>();
   sd_bus* bus = nullptr;
-  check(sd_bus_open_system(&bus));
-  bus_.reset(bus);
+  check(library_->open_system(&bus));
+  bus_ = std::unique_ptr<sd_bus, Close>(bus, Close{library_.get()});
   try {
     poll_ = make_handle<uv_poll_t>(this, [&](uv_poll_t* handle) {
-      return uv_poll_init(loop_.native(), handle, sd_bus_get_fd(bus));
+      return uv_poll_init(loop_.native(), handle, library_->get_fd(bus));
     });
   } catch (...) {
     bus_.reset();
@@ -45,7 +46,7 @@ void UvBus::pump() {
   if (!bus_ || std::exchange(pumping_, true)) return;
   int result = 0;
   do {
-    result = sd_bus_process(bus_.get(), nullptr);
+    result = library_->process(bus_.get(), nullptr);
   } while (result > 0);
   pumping_ = false;
   if (result < 0) return lose();
@@ -53,7 +54,7 @@ void UvBus::pump() {
 }
 
 void UvBus::wait_for_more() {
-  const int wanted = sd_bus_get_events(bus_.get());
+  const int wanted = library_->get_events(bus_.get());
   if (wanted < 0) return lose();
   const int events =
       ((wanted & POLLIN) != 0 ? UV_READABLE : 0) | ((wanted & POLLOUT) != 0 ? UV_WRITABLE : 0);
@@ -65,7 +66,7 @@ void UvBus::wait_for_more() {
   std::uint64_t due_us = 0;
   timeout_->set_enabled(false);
   constexpr auto kNever = std::numeric_limits<std::uint64_t>::max();
-  if (sd_bus_get_timeout(bus_.get(), &due_us) < 0 || due_us == kNever) return;
+  if (library_->get_timeout(bus_.get(), &due_us) < 0 || due_us == kNever) return;
   const std::uint64_t now_us = monotonic_us();
   const std::uint64_t wait_ms = due_us > now_us ? (due_us - now_us) / 1000 + 1 : 1;
   timeout_->set_interval(static_cast<int>(std::min<std::uint64_t>(wait_ms, 60'000)));

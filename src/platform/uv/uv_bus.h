@@ -3,12 +3,12 @@
 // has gone by then is not told, because letting go of the bus drops every call.
 #pragma once
 
-#include <systemd/sd-bus.h>
 #include <uv.h>
 
 #include <functional>
 #include <memory>
 
+#include "platform/uv/bus_library.h"
 #include "platform/uv/uv_handle.h"
 #include "platform/uv/uv_loop.h"
 
@@ -25,14 +25,17 @@ class UvBus {
   // Raises the platform's error where there is no bus.
   void open();
 
-  // Null until it is open; for the calls of its library. Call `pump` after any of them.
+  // Good while it is open. Call `pump` after any call of the library that asks something.
+  [[nodiscard]] const BusLibrary& library() const { return *library_; }
+  // Null until it is open.
   [[nodiscard]] sd_bus* native() const { return bus_.get(); }
   // Sends what waits, handles what came, and says to the loop what to wait for.
   void pump();
 
  private:
   struct Close {
-    void operator()(sd_bus* bus) const { sd_bus_close_unref(bus); }
+    void operator()(sd_bus* bus) const { library->close_unref(bus); }
+    const BusLibrary* library;
   };
 
   void wait_for_more();
@@ -40,7 +43,8 @@ class UvBus {
 
   UvLoop& loop_;
   std::function<void()> on_lost_;
-  std::unique_ptr<sd_bus, Close> bus_;
+  std::unique_ptr<const BusLibrary> library_;
+  std::unique_ptr<sd_bus, Close> bus_{nullptr, Close{nullptr}};
   Handle<uv_poll_t> poll_;
   std::unique_ptr<Timer> timeout_;
   bool pumping_ = false;

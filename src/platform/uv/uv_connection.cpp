@@ -21,7 +21,9 @@ constexpr std::size_t kSmallestRead = std::size_t{64} << 10;
 constexpr std::size_t kLargestRead = std::size_t{8} << 20;
 // Longer than a burst of packets pauses, shorter than anybody takes to send two things apart.
 constexpr int kSettleMs = 40;
-constexpr int kMostSettleTimes = 25;  // behind a packet that is lost
+constexpr int kMostSettleTimes = 25;                              // behind a packet that is lost
+constexpr std::int64_t kLongestSettleMs = 2000;                   // in all, whatever still comes
+constexpr std::size_t kMaxSettlingTotal = std::size_t{32} << 20;  // of all connections
 // Where so much is gathered on all connections that it no longer lies in a processor's cache, what
 // is worth a write of its own leaves while it still does.
 constexpr std::size_t kMuchForAll = std::size_t{4} << 20;
@@ -132,7 +134,8 @@ void UvConnection::on_readable() {
   if (ioctl(watch_->descriptor(), FIONREAD, &queued) != 0) queued = 0;
   const std::size_t wanted = static_cast<std::size_t>(std::max(queued, 0)) + kSmallestRead;
   const auto room = network_.loop().read_buffer(std::min(wanted, kLargestRead));
-  std::size_t most = settling_ ? std::min(settling_->lacks, room.size()) : room.size();
+  std::size_t most = room.size();
+  if (settling_ != nullptr && !broken_) most = std::min(settling_->lacks, most);
   if (events_ != nullptr) most = std::min(most, events_->most_at_once());
   const ssize_t count =
       uninterrupted([&] { return ::recv(watch_->descriptor(), room.data(), most, 0); });
@@ -149,17 +152,25 @@ void UvConnection::on_writable() {
 }
 
 void UvConnection::arrived(std::string_view data) {
-  if (settling_ != nullptr) data = settling_->bytes.append(data);
+  if (settling_ != nullptr) {
+    // What is lacking is looked for again only when it has come: the header, then the payload.
+    const std::size_t left = settling_->lacks - std::min(settling_->lacks, data.size());
+    data = settling_->bytes.append(data);
+    if (left > 0) return settle(data, left);
+  }
   const std::size_t lacks = events_->lacks(data);
   if (lacks > 0 && data.size() < kLargestRead) return settle(data, lacks);
   if (settling_ != nullptr) return announce_settled();
   events_->on_read(data);
 }
 
-// The time counts from when something last came.
+// The time counts from when something last came, and ends at its limit whatever comes.
 void UvConnection::settle(std::string_view data, std::size_t lacks) {
+  const std::int64_t now_ms = network_.loop().now_ms();
   if (settling_ == nullptr) {
-    settling_ = std::make_unique<Settling>(Settling{std::string(data), lacks, 0, nullptr});
+    if (network_.settling() + data.size() > kMaxSettlingTotal) return events_->on_read(data);
+    settling_ = std::make_unique<Settling>(
+        Settling{std::string(data), lacks, 0, now_ms + kLongestSettleMs, 0, nullptr});
     settling_->limit = network_.loop().make_timer(kSettleMs, [this] {
       const auto self = shared_from_this();
       if (!reading_ || events_ == nullptr) return;
@@ -167,19 +178,37 @@ void UvConnection::settle(std::string_view data, std::size_t lacks) {
       announce_settled();
     });
   }
+  count_settling();
+  if (now_ms >= settling_->until_ms || network_.settling() > kMaxSettlingTotal) {
+    return announce_settled();
+  }
   settling_->lacks = lacks;
   settling_->times_left = kMostSettleTimes;
   settling_->limit->set_enabled(false);
   settling_->limit->set_enabled(true);
 }
 
+void UvConnection::count_settling() {
+  network_.settling_changed(settling_->counted, settling_->bytes.size());
+  settling_->counted = settling_->bytes.size();
+}
+
+std::unique_ptr<UvConnection::Settling> UvConnection::end_settling() {
+  if (settling_ != nullptr) network_.settling_changed(settling_->counted, 0);
+  return std::exchange(settling_, nullptr);
+}
+
 void UvConnection::announce_settled() {
-  const auto settled = std::exchange(settling_, nullptr);
+  const auto settled = end_settling();
   events_->on_read(settled->bytes);
 }
 
 void UvConnection::ended(bool reset) {
-  if (settling_ != nullptr && events_ != nullptr) announce_settled();
+  if (settling_ != nullptr && events_ != nullptr) {
+    announce_settled();
+    // Who takes it bit by bit has stopped the reading; the end is found again when it goes on.
+    if (phase_ == Phase::standing && events_ != nullptr && !reading_) return;
+  }
   peer_ended_ = true;
   update_reading();
   const bool stood = phase_ == Phase::standing;
@@ -328,7 +357,7 @@ void UvConnection::over() {
   dialer_.reset();
   parting_limit_.reset();
   outbox_.reset();
-  settling_.reset();
+  end_settling();
   watch_.reset();
   count_unsent();
   network_.forget(*this);

@@ -56,6 +56,8 @@ class UvConnection : public std::enable_shared_from_this<UvConnection>, private 
     std::string bytes;
     std::size_t lacks;
     int times_left;
+    std::int64_t until_ms;
+    std::size_t counted;  // of the bytes, in the network's sum
     std::unique_ptr<Timer> limit;
   };
 
@@ -66,6 +68,8 @@ class UvConnection : public std::enable_shared_from_this<UvConnection>, private 
   void on_writable() override;
   void arrived(std::string_view data);
   void settle(std::string_view data, std::size_t lacks);
+  void count_settling();
+  std::unique_ptr<Settling> end_settling();
   void announce_settled();
   void ended(bool reset);
   void tell_disconnect();

@@ -26,6 +26,7 @@ class UvLocalServices : public LocalServices {
   void begin();
   void end();
   void ask_for_group();
+  [[nodiscard]] bool failed(sd_bus_message* reply) const;
   void announce(const char* group);
   void browse();
   void found(sd_bus_message* item);

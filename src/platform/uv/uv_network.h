@@ -52,6 +52,9 @@ class UvNetwork : public Network, private TurnEnd {
   // Bytes unsent on all connections, or somewhat more: the kernel takes some between two counts.
   [[nodiscard]] std::size_t unsent() const { return unsent_; }
   void unsent_changed(std::size_t from, std::size_t to) { unsent_ = unsent_ - from + to; }
+  // Bytes received on all connections that wait for the rest of what they end in.
+  [[nodiscard]] std::size_t settling() const { return settling_; }
+  void settling_changed(std::size_t from, std::size_t to) { settling_ = settling_ - from + to; }
   void make_room();  // hands over what can leave now and counts exactly
 
  private:
@@ -70,6 +73,7 @@ class UvNetwork : public Network, private TurnEnd {
   std::vector<std::shared_ptr<UvConnection>> leaving_;  // being flushed
   std::size_t listeners_ = 0;
   std::size_t unsent_ = 0;
+  std::size_t settling_ = 0;
 };
 
 }  // namespace velmora::uv
