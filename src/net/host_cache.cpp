@@ -84,7 +84,7 @@ void HostCache::clear() { replace({}); }
 void HostCache::replace(std::vector<CacheHost> hosts) {
   if (hosts.size() > kMaxCacheHosts) throw PlatformError(Errc::out_of_memory);
   std::unordered_map<std::string, Place> newest;
-  newest.reserve(hosts.size());
+  if (!hosts.empty()) newest.reserve(hosts.size());  // forgetting all of them needs no memory
   std::reverse(hosts.begin(), hosts.end());
   for (std::size_t i = 0; i < hosts.size(); ++i) newest[hosts[i].address] = static_cast<Place>(i);
   taken_.assign(hosts.size(), true);
