@@ -111,6 +111,17 @@ class Network {
     return sum;
   }
 
+  [[nodiscard]] std::size_t misread() const {
+    std::size_t sum = 0;
+    for (const auto& servent : servents_) {
+      sum += static_cast<std::size_t>(servent->parts().counters.unknown);
+      for (const ConnectionSlot& slot : servent->parts().connections.connection_slots()) {
+        sum += static_cast<std::size_t>(slot.dropped);
+      }
+    }
+    return sum;
+  }
+
   [[nodiscard]] std::size_t connections() const {
     std::size_t sum = 0;
     for (const auto& servent : servents_) {
@@ -167,6 +178,7 @@ TrialResult run_search_trial(const TrialOptions& options) {
     messages += network.messages() - before;
     result.searches += most;
     result.connections = network.connections();
+    result.misread += network.misread();
   }
   result.found = times.size();
   result.messages = messages / static_cast<double>(std::max<std::size_t>(result.searches, 1));

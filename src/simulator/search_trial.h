@@ -25,6 +25,7 @@ struct TrialResult {
   double messages = 0;          // queries and hits received anywhere, for each search
   double first_hit_ms = 0;      // median of those found; 0 when none was
   std::size_t connections = 0;  // that stood at the end of the last network
+  std::size_t misread = 0;      // descriptors of an unknown type or a wrong length
   std::size_t wrong = 0;        // results that name no file that was searched for
 };
 
