@@ -24,7 +24,9 @@ endif()
 set(CPACK_DEBIAN_DESKTOP_PACKAGE_NAME velmora)
 set(CPACK_DEBIAN_DESKTOP_PACKAGE_SECTION net)
 set(CPACK_DEBIAN_DESKTOP_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_DESKTOP_PACKAGE_DEPENDS "qt6-qpa-plugins")  # loaded by name, so not found by ldd
+# Loaded by name, so not found by ldd.
+set(CPACK_DEBIAN_DESKTOP_PACKAGE_DEPENDS "qt6-qpa-plugins, libsystemd0")
+set(CPACK_DEBIAN_DESKTOP_PACKAGE_SUGGESTS "avahi-daemon")
 set(CPACK_DEBIAN_DESKTOP_PACKAGE_RECOMMENDS "velmora-daemon, velmora-doc")
 set(CPACK_DEBIAN_DESKTOP_DESCRIPTION
 "servent for the Gnutella 0.4 peer-to-peer network
@@ -41,7 +43,9 @@ endif()
 set(CPACK_DEBIAN_DAEMON_PACKAGE_NAME velmora-daemon)
 set(CPACK_DEBIAN_DAEMON_PACKAGE_SECTION net)
 set(CPACK_DEBIAN_DAEMON_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_DAEMON_PACKAGE_DEPENDS "libsystemd0")  # loaded by name, so not found by ldd
 set(CPACK_DEBIAN_DAEMON_PACKAGE_RECOMMENDS "velmora-doc")
+set(CPACK_DEBIAN_DAEMON_PACKAGE_SUGGESTS "avahi-daemon")
 set(CPACK_DEBIAN_DAEMON_DESCRIPTION
 "Gnutella 0.4 servent without a screen, and its command
 Velmora is client and server in one: it keeps message connections to other
