@@ -1,6 +1,6 @@
 // One loaded element of the array of message sockets: the socket with its two companion timers and
-// what is left of a chunk. Owned by MessageConnections; it only passes the socket's events on under
-// its index.
+// what is left of a chunk, or of a descriptor that is waited for. Owned by MessageConnections; it
+// passes the socket's events on under its index, and tells the socket how much a chunk lacks.
 #pragma once
 
 #include <cstddef>

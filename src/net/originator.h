@@ -1,7 +1,7 @@
 // The procedures by which this servent speaks first: its pings, the pongs that answer others'
 // pings, the user's queries, and the pushes that ask a servent to offer a file. Each builds a
 // descriptor, enters what it originates into the routing table, writes it and counts. Each traps
-// its own errors and returns nothing.
+// its own errors; only the push tells whether it was written.
 #pragma once
 
 #include <cstddef>
