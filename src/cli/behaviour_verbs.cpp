@@ -50,9 +50,11 @@ std::string profile(Servent& servent) {
   return place >= 0 && place < std::ssize(kProfiles) ? kProfiles[place] : "";
 }
 
-void show(const Context& context, Servent& servent) {
-  const std::vector<Switch> all = switches(servent);
+// With the switches, or (after a change, which one line confirms) without.
+void show(const Context& context, Servent& servent, bool whole) {
   const std::string name = profile(servent);
+  if (!whole && !context.json) return Context::print("Profile: " + name);
+  const std::vector<Switch> all = switches(servent);
   if (context.json) {
     nlohmann::json values = nlohmann::json::object();
     for (const Switch& one : all) values[one.name] = one.on;
@@ -116,7 +118,7 @@ void add_behaviour_verbs(CLI::App& app, Context& context) {
       } else if (!given->name.empty()) {
         choose(servent, given->name);
       }
-      show(context, servent);
+      show(context, servent, given->name.empty());
     };
   });
 }

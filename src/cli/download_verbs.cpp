@@ -139,7 +139,8 @@ void add_download_verbs(CLI::App& app, Context& context) {
       "  velmora-cli download 3\n  velmora-cli download 3 7 12 --timeout 600\n"
       "  velmora-cli download --detach 3\n\n"
       "It succeeds when every file is Done. A file that is in the download list already is\n"
-      "resumed. Interrupted, it leaves the downloads running in the servent.");
+      "resumed. Where the output is no terminal, every change of a status is a line, and every\n"
+      "tenth of a file. Interrupted, it leaves the downloads running in the servent.");
   verb->add_option("ROW", given->rows, "Numbers of rows, as `search` and `results` show them")
       ->required()
       ->check(above_zero());

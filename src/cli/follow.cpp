@@ -25,7 +25,7 @@ void Follow::add(std::size_t row, const std::string& name, const std::string& st
   const bool known = std::any_of(entries_.begin(), entries_.end(), [&](const Entry& entry) {
     return entry.row == row && entry.name == name;
   });
-  if (!known) entries_.push_back({row, name, status, status, 0, {}, false});
+  if (!known) entries_.push_back({row, name, status, status, 0, {}, {}, false});
 }
 
 void Follow::run() {
@@ -52,9 +52,7 @@ void Follow::look() {
   for (Entry& entry : entries_) {
     if (entry.over) continue;
     look_at(entry, list);
-    if (entry.over && !context_.json && !output_is_terminal()) {
-      write_now(visible(entry.name + ": " + entry.status) + "\n");
-    }
+    if (!context_.json && !output_is_terminal()) tell(entry);
   }
   if (!context_.json && output_is_terminal()) draw();
 }
@@ -89,6 +87,13 @@ void Follow::look_at(Entry& entry, const List& list) {
       entry.status_before.clear();
       break;
   }
+}
+
+// What it showed before it was started is no news, unless that is all that it ever shows.
+void Follow::tell(Entry& entry) {
+  if (!entry.over && entry.status == entry.status_before) return;
+  if (!entry.told.is_news(entry.status, entry.size)) return;
+  write_now(visible(entry.name + ": " + entry.status) + "\n");
 }
 
 void Follow::draw() {

@@ -1,5 +1,6 @@
 // Follows entries of the download list until each of them has ended: progress bars on a terminal,
-// else a line for each when it ends. The downloads are the servent's and go on without this.
+// else a line for every change of a status and every tenth of a file. The downloads are the
+// servent's and go on without this.
 #pragma once
 
 #include <cstddef>
@@ -28,11 +29,13 @@ class Follow {
     std::string status;
     std::uint64_t size = 0;
     RateMeter meter;
+    ToldStatus told;
     bool over = false;
   };
 
   void look();
   void look_at(Entry& entry, const List& list);
+  static void tell(Entry& entry);
   [[nodiscard]] bool all_over() const;
   void draw();
   void report() const;

@@ -26,6 +26,14 @@ std::size_t rows_where(const List& list, std::string_view column,
   return count;
 }
 
+// A servent without a screen has the control all the same.
+std::string window(Servent& servent) {
+  for (const ControlFacts& facts : servent.controls()) {
+    if (facts.name == "frmMain" && !facts.enabled) return "none";
+  }
+  return servent.text("frmMain") == "true" ? "shown" : "hidden";
+}
+
 void status(Context& context) {
   Servent& servent = context.servent();
   const List hosts = servent.list("lHosts");
@@ -37,7 +45,7 @@ void status(Context& context) {
   };
   const nlohmann::json out = {
       {"version", version_number(servent.text_or("version", ""))},
-      {"window", servent.text("frmMain") == "true" ? "shown" : "hidden"},
+      {"window", window(servent)},
       {"message_port", number_or_text(servent.text("port_config"))},
       {"upload_port", number_or_text(servent.text("upport_config"))},
       {"connections_in", connections(hosts, "In")},
@@ -59,7 +67,9 @@ void status(Context& context) {
     Context::print(visible(fmt::format("{:<13}{}", label, text)));
   };
   const auto text = [&](const char* name) { return shown_value(out[name]); };
-  say("Program", fmt::format("Velmora {} (window {})", text("version"), text("window")));
+  const std::string shown = text("window");
+  say("Program", fmt::format("Velmora {} ({})", text("version"),
+                             shown == "none" ? "no window" : "window " + shown));
   say("Ports", fmt::format("{} for messages, {} for uploads", value_text(out["message_port"]),
                            value_text(out["upload_port"])));
   say("Connections", fmt::format("{} in, {} out", text("connections_in"), text("connections_out")));

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <utility>
 
 #include "cli/visible_text.h"
 
@@ -61,6 +62,16 @@ DownloadStatus read_download_status(std::string_view status, std::uint64_t size)
     if (status.starts_with(waiting)) return {Phase::waiting, std::nullopt};
   }
   return {Phase::ended, std::nullopt};
+}
+
+bool ToldStatus::is_news(std::string_view status, std::uint64_t size) {
+  std::string words(status);
+  std::erase_if(words, [](char c) { return (c >= '0' && c <= '9') || c == ',' || c == '.'; });
+  const int tenth = static_cast<int>(read_download_status(status, size).percent.value_or(0) / 10);
+  if (words == words_ && tenth <= tenth_) return false;
+  words_ = std::move(words);
+  tenth_ = tenth;
+  return true;
 }
 
 std::string shown_count(std::uint64_t n) {

@@ -27,6 +27,17 @@ struct DownloadStatus {
 // `size` helps when the text gives a count of bytes and no percentage.
 DownloadStatus read_download_status(std::string_view status, std::uint64_t size);
 
+// What is worth a line of a status that is looked at again and again: other words, or one more
+// tenth of the file.
+class ToldStatus {
+ public:
+  bool is_news(std::string_view status, std::uint64_t size);
+
+ private:
+  std::string words_;
+  int tenth_ = 0;
+};
+
 // The number in a text such as "1,234,567", the separators skipped; none: 0.
 std::uint64_t read_count(std::string_view text);
 

@@ -29,6 +29,7 @@ int run(const velmora::ProgramArguments& arguments) {
     if (arguments.verbose) std::fprintf(stderr, "%s\n", line.c_str());
   };
   velmora::Servent servent(platform.platform(), std::move(options));
+  servent.form().frmMain.set_enabled(false);  // there is none
   if (servent.start() == velmora::Servent::Started::already_running) {
     throw std::runtime_error("a servent runs on profile " + paths.profile + " already");
   }

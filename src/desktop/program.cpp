@@ -5,10 +5,12 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <filesystem>
 #include <utility>
 
 #include "desktop/first_paint.h"
 #include "ui/svg_image.h"
+#include "ui/widgets/text.h"
 
 namespace velmora::desktop {
 
@@ -54,6 +56,7 @@ void Program::start_servent() {
                                          tray_, programs_, machine.control, machine.dns,
                                          machine.random, machine.local_services, machine.folders},
                                 options());
+  name_window();
   tray_.attach(servent_->form());
   if (servent_->start() == Servent::Started::already_running) {
     std::fprintf(stderr, "velmora: a servent runs on profile %s already\n", paths_.profile.c_str());
@@ -67,6 +70,17 @@ void Program::start_servent() {
   // Who starts the program can wait for this line: from here on the control socket answers.
   std::printf("velmora %s runs on profile %s\n", version_, paths_.profile.c_str());
   std::fflush(stdout);
+}
+
+// Two profiles' windows, boxes and icons are told apart by their folders' names.
+void Program::name_window() {
+  if (arguments_.profile.empty()) return;
+  std::filesystem::path folder(paths_.profile);
+  if (!folder.has_filename()) folder = folder.parent_path();  // "two/"
+  if (!folder.has_filename()) return;
+  Window& window = servent_->form().frmMain;
+  window.set_caption(window.caption() + " - " + folder.filename().string());
+  QGuiApplication::setApplicationDisplayName(ui::form_text(window.caption()));
 }
 
 ServentOptions Program::options() const {

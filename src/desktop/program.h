@@ -33,6 +33,7 @@ class Program : public QObject {
 
  private:
   void start_servent();
+  void name_window();
   [[nodiscard]] ServentOptions options() const;
   void open_window();
   void end_at_once();

@@ -279,9 +279,23 @@ const std::string& StatusBar::panel(std::size_t number) const {
 }
 
 void StatusBar::set_panel(std::size_t number, std::string text) {
-  if (panel(number) == text) return;
+  const bool same = panel(number) == text;
+  if (same && number > 1) return;
+  if (number == 1) {
+    ++times_said_;
+    has_note_ = false;
+  }
   texts_[number - 1] = std::move(text);
   changed();
+}
+
+void StatusBar::set_note(std::string text) {
+  set_panel(1, std::move(text));
+  has_note_ = true;
+}
+
+void StatusBar::drop_note() {
+  if (has_note_) set_panel(1, {});
 }
 
 void StatusBar::accept(ControlVisitor& visitor) { visitor.visit(*this); }

@@ -11,6 +11,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace velmora {
@@ -34,6 +35,8 @@ class Control {
   [[nodiscard]] const std::string& name() const { return name_; }
   [[nodiscard]] Page page() const { return page_; }
   [[nodiscard]] const std::string& caption() const { return caption_; }
+  // Before a face shows it: a caption is not watched.
+  void set_caption(std::string caption) { caption_ = std::move(caption); }
   [[nodiscard]] const std::string& tooltip() const { return tooltip_; }
   [[nodiscard]] bool enabled() const { return enabled_; }
   [[nodiscard]] bool visible() const { return visible_; }
@@ -230,16 +233,24 @@ class Window : public Control {
   std::string text_;
 };
 
+// Panels with a text each. The first has what was last said; a note in it is for the moment only,
+// and a face with a clock drops it after some seconds.
 class StatusBar : public Control {
  public:
   StatusBar(ControlRegistry& form, std::string name, std::size_t panels);
   [[nodiscard]] std::size_t panels() const { return texts_.size(); }
   [[nodiscard]] const std::string& panel(std::size_t number) const;  // from 1
   void set_panel(std::size_t number, std::string text);
+  void set_note(std::string text);  // into panel 1
+  void drop_note();                 // if that is what panel 1 still has
+  // How often something was said in panel 1: the same text, said again, is fresh again.
+  [[nodiscard]] std::uint64_t times_said() const { return times_said_; }
   void accept(ControlVisitor& visitor) override;
 
  private:
   std::vector<std::string> texts_;
+  std::uint64_t times_said_ = 0;
+  bool has_note_ = false;
 };
 
 // How far a long work is, such as a scan: a text while it runs, and counts where they are known. It

@@ -44,9 +44,9 @@ inline constexpr std::array<BehaviourSwitch, 12> kBehaviourSwitches{{
      "Answers to a search are passed back the way that the search came; repeats are dropped.",
      "Their searches find what lies beyond their neighbours when those between relay."},
     {&Behaviour::push, "push", "Push",
-     "A servent that cannot be reached is asked to connect and offer the file; asked, this one "
-     "does.",
-     "They count a push and do nothing else."},
+     "A host that you cannot connect to is asked to connect to you and send the file; asked by "
+     "others, you do the same.",
+     "They do not answer when they are asked."},
     {&Behaviour::keep_alive, "keep_alive", "Keep alive",
      "A silent connection is pinged after 10 s, and one that fell is replaced from the cache.",
      "They answer the ping with a pong, so that the connection stays."},

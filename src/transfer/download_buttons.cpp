@@ -16,7 +16,7 @@ DownloadButtons::DownloadButtons(Form& form, DebugLog& log, WholeDownloads& down
       trap(log, button.name() + ": ", [&] {
         const std::size_t row = form.ldown.selected();
         if (row != 0) return (downloads.*action)(row);
-        form.StatusBar.set_panel(1, "Select a download first.");
+        form.StatusBar.set_note("Select a download first.");
       });
     };
   };

@@ -191,11 +191,11 @@ void WholeDownloads::offer(std::size_t entry, const search_result& result, bool 
     record.status = "Queued";
   } else if (added == AddedSource::as_another) {
     if (whole.turn == Turn::failed || whole.turn == Turn::no_source) use_added(record, 1);
-    if (by_person) form_.StatusBar.set_panel(1, "Another source for a file in the list.");
+    if (by_person) form_.StatusBar.set_note("Another source for a file in the list.");
+  } else if (by_person && added == AddedSource::too_many) {
+    form_.StatusBar.set_note("This file has as many sources as it can have.");
   } else if (by_person) {
-    form_.StatusBar.set_panel(1, added == AddedSource::too_many
-                                     ? "This file has as many sources as it can have."
-                                     : kQueuedAlready);
+    form_.StatusBar.set_panel(1, kQueuedAlready);
   }
 }
 

@@ -143,7 +143,7 @@ void DirectoryWindow::make_model() {
   });
   connect(model_, &QAbstractItemModel::layoutChanged, this, [this] {
     if (!std::exchange(arriving_, false)) return;
-    QTimer::singleShot(0, tree_, [this] { tree_->scrollTo(tree_->currentIndex()); });
+    QTimer::singleShot(0, this, &DirectoryWindow::show_chosen);
   });
   connect(model_, &QFileSystemModel::fileRenamed, this,
           [this](const QString& in, const QString& from, const QString& to) {
@@ -175,11 +175,20 @@ void DirectoryWindow::path_changed() {
   const QScopedValueRollback<bool> following(following_, true);
   tree_->setCurrentIndex(index);
   tree_->expand(index);
-  tree_->scrollTo(index);
+  centred_ = true;
+  show_chosen();
 }
 
 void DirectoryWindow::row_chosen(const QModelIndex& index) {
-  if (!following_ && index.isValid()) go_to(model_->filePath(index));
+  if (following_ || !index.isValid()) return;
+  centred_ = false;
+  go_to(model_->filePath(index));
+}
+
+// With what is above and below it.
+void DirectoryWindow::show_chosen() {
+  tree_->scrollTo(tree_->currentIndex(), centred_ ? QAbstractItemView::PositionAtCenter
+                                                  : QAbstractItemView::EnsureVisible);
 }
 
 void DirectoryWindow::make_folder() {

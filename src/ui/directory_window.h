@@ -35,6 +35,7 @@ class DirectoryWindow : public FormWindow {
   void go_to(const QString& path);
   void path_changed();
   void row_chosen(const QModelIndex& index);
+  void show_chosen();
 
   Form& form_;
   FormBinding& binding_;
@@ -45,6 +46,7 @@ class DirectoryWindow : public FormWindow {
   QFileSystemModel* model_ = nullptr;
   bool arriving_ = false;   // directories above the chosen one have just been read
   bool following_ = false;  // the tree moves to the path, not the path to the tree
+  bool centred_ = false;    // the tree went to the chosen one by itself; a click moves no row
 };
 
 }  // namespace velmora::ui

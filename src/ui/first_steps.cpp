@@ -8,6 +8,7 @@
 #include <QStyle>
 #include <QToolButton>
 #include <algorithm>
+#include <utility>
 
 #include "ui/widgets/form_binding.h"
 #include "ui/widgets/text.h"
@@ -61,17 +62,13 @@ void FirstSteps::make_heading() {
 }
 
 void FirstSteps::make_steps() {
-  download_ = step_button(tr("Browse..."), tr("Browse for the folder of downloads"),
-                          form_.download_browse_config);
+  download_ = step_button(tr("Browse for the folder of downloads"),
+                          [this] { form_.download_browse_config.click(); });
   download_step_ = add_step(tr("Choose the folder that downloads go to."), {download_});
 
-  share_ =
-      step_button(tr("Browse..."), tr("Browse for a folder to share"), form_.upload_browse_config);
+  share_ = step_button(tr("Browse for a folder to share"), [this] { share(); });
   share_step_ =
       add_step(tr("Choose a folder to share; its files can then be found by others."), {share_});
-
-  scan_ = step_button(tr("Scan"), tr("Scan the shared folders"), form_.scan_config);
-  scan_step_ = add_step(tr("Scan the shared folders, so that their files are found."), {scan_});
 
   host_ = new QLineEdit;
   host_->setPlaceholderText(tr("address:port"));
@@ -88,25 +85,51 @@ void FirstSteps::make_steps() {
   outcome_->hide();
 }
 
-QPushButton* FirstSteps::step_button(const QString& text, const QString& accessible_name,
-                                     Button& control) {
-  auto* button = new QPushButton(text);
+QPushButton* FirstSteps::step_button(const QString& accessible_name, std::function<void()> verb) {
+  auto* button = new QPushButton(tr("Browse..."));
   button->setAccessibleName(accessible_name);
   connect(button, &QPushButton::clicked, this,
-          [this, &control] { bind_.press([&control] { control.click(); }); });
+          [this, verb = std::move(verb)] { bind_.press(verb); });
   return button;
 }
 
-QWidget* FirstSteps::add_step(const QString& text, const QList<QWidget*>& means) {
-  auto* step = new QWidget;
-  auto* line = new QHBoxLayout(step);
-  line->setContentsMargins(0, 0, 0, 0);
+FirstSteps::Step FirstSteps::add_step(const QString& text, const QList<QWidget*>& means) {
+  Step step{new QLabel};
+  step.tick->setFixedWidth(2 * fontMetrics().averageCharWidth());
   auto* label = new QLabel(text);
   label->setWordWrap(true);
+  auto* line = new QHBoxLayout;
+  line->addWidget(step.tick);
   line->addWidget(label, 1);
   for (QWidget* widget : means) line->addWidget(widget);
-  layout_->addWidget(step);
+  layout_->addLayout(line);
+  show_done(step, false);
   return step;
+}
+
+void FirstSteps::show_done(Step& step, bool done) {
+  step.done = done;
+  step.tick->setText(done ? QStringLiteral("\u2713") : QString());
+  step.tick->setAccessibleName(done ? tr("Done") : tr("To do"));
+}
+
+// A folder that is there and was not scanned wants no second one.
+void FirstSteps::share() {
+  const std::size_t folders = form_.upload_config.items().size();
+  if (folders > 0 && !share_step_.done) {
+    form_.scan_config.click();
+  } else {
+    folders_before_ = folders;
+    form_.upload_browse_config.click();
+  }
+}
+
+void FirstSteps::scan_what_was_chosen() {
+  if (!folders_before_ || form_.frmDir.shown()) return;
+  const std::size_t before = *std::exchange(folders_before_, std::nullopt);
+  if (form_.upload_config.items().size() > before) {
+    bind_.press([this] { form_.scan_config.click(); });
+  }
 }
 
 void FirstSteps::follow_form() {
@@ -115,6 +138,7 @@ void FirstSteps::follow_form() {
            &form_.sharesize_config, &form_.lcache, &form_.lHosts}) {
     bind_.follow(*control, this, [this] { show_what_is_missing(); });
   }
+  bind_.follow(form_.frmDir, this, [this] { scan_what_was_chosen(); });
   // The button changes when a scan begins. Following it starts with a call that tells of no change.
   bind_.follow(form_.scan_config, this, [this, following = false]() mutable {
     scanned_ = following;
@@ -135,10 +159,12 @@ void FirstSteps::show_what_is_missing() {
     settings_.setValue(kConnectedKey, true);
   }
   const bool no_host = form_.lcache.rows() == 0 && !connected_;
-  download_step_->setVisible(no_download);
-  share_step_->setVisible(no_share);
-  scan_step_->setVisible(no_scan);
-  host_step_->setVisible(no_host);
+  show_done(download_step_, !no_download);
+  show_done(share_step_, !no_share && !no_scan);
+  show_done(host_step_, !no_host);
+  share_->setText(no_scan ? tr("Scan") : tr("Browse..."));
+  share_->setAccessibleName(no_scan ? tr("Scan the shared folders")
+                                    : tr("Browse for a folder to share"));
   show_outcome();
   setVisible(!closed_ && (no_download || no_share || no_scan || no_host));
 }

@@ -43,7 +43,8 @@ QWidget* HostsPage::make_connections(Form& form, FormBinding& bind) {
   ListTable* connections = bind.list(form.lHosts);
   connections->set_activate_text(tr("Disconnect"));
   connections->set_empty_hint(
-      tr("No connection. Type a host's address above and press Enter, or press \"Connect\"."));
+      tr("No connection. Type a host's address above and press Enter, or press \"Connect\" to try "
+         "known hosts."));
   auto* content = new QVBoxLayout;
   content->addLayout(line);
   content->addWidget(connections, 1);
@@ -53,8 +54,9 @@ QWidget* HostsPage::make_connections(Form& form, FormBinding& bind) {
 QWidget* HostsPage::make_known_hosts(Form& form, FormBinding& bind) {
   ListTable* known = bind.list(form.lcache);
   known->set_activate_text(tr("Connect"));
-  known->set_empty_hint(
-      tr("No known hosts. Connect to one above: the hosts that it knows appear here."));
+  known->set_empty_hint(tr(
+      "No known hosts. Connect to one above, then press \"More\": hosts that answer appear here, "
+      "unless the filter on the page \"Configuration\" keeps them out."));
   QWidget* more = bind.button(form.more_cache);
   QWidget* remove = bind.button(form.remove_cache);
   QWidget* clear = bind.button(form.clear_cache);

@@ -121,7 +121,7 @@ void MainWindow::make_pages() {
   add_page(new ViewPage(form_, *bind_));
   add_page(new UploadPage(form_, *bind_));
   add_page(new DownloadPage(form_, *bind_));
-  add_page(new SearchPage(form_, *bind_));
+  add_page(new SearchPage(servent_, *bind_));
   add_page(new ConfigurationPage(form_, *bind_));
   add_page(new HostsPage(form_, *bind_));
   for (ListTable* table : pages_->findChildren<ListTable*>()) table->remember_in(&settings_);

@@ -3,7 +3,9 @@
 #include <QCheckBox>
 #include <QHBoxLayout>
 #include <QVBoxLayout>
+#include <initializer_list>
 
+#include "net/traffic_counters.h"
 #include "ui/page_layout.h"
 #include "ui/widgets/form_binding.h"
 #include "ui/widgets/form_button.h"
@@ -14,7 +16,9 @@
 
 namespace velmora::ui {
 
-SearchPage::SearchPage(Form& form, FormBinding& bind, QWidget* parent) : QWidget(parent) {
+SearchPage::SearchPage(Servent& servent, FormBinding& bind, QWidget* parent)
+    : QWidget(parent), servent_(servent), results_(bind.list(servent.form().lfound)) {
+  Form& form = servent_.form();
   auto* column = new QVBoxLayout(this);
   QWidget* words = bind.line_edit(form.Tsearch);
   QWidget* caption = bind.caption_label(form.Tsearch);
@@ -31,13 +35,36 @@ SearchPage::SearchPage(Form& form, FormBinding& bind, QWidget* parent) : QWidget
   column->addLayout(in_line({captioned(bind, form.search_num, numbers), filter, nullptr,
                              captioned(bind, form.totalsearch, total)}));
 
-  ListTable* results = bind.list(form.lfound);
-  results->set_activate_text(tr("Queue the download"));
-  results->set_empty_hint(
-      tr("No results. Connect to hosts on the page \"Hosts\", then type words above and press "
-         "Enter."));
-  column->addWidget(results, 1);
+  results_->set_activate_text(tr("Queue the download"));
+  column->addWidget(results_, 1);
   setFocusProxy(words);
+  follow_form(bind);
+}
+
+void SearchPage::follow_form(FormBinding& bind) {
+  Form& form = servent_.form();
+  for (Control* control : std::initializer_list<Control*>{&form.lHosts, &form.StatusBar}) {
+    bind.follow(*control, this, [this] { results_->set_empty_hint(empty_hint()); });
+  }
+  bind.follow(form.totalsearch, this, [this, &form] {
+    if (form.totalsearch.text() == "0") sent_before_ = servent_.parts().counters.queries_sent;
+    results_->set_empty_hint(empty_hint());
+  });
+}
+
+QString SearchPage::empty_hint() const {
+  const TrafficSample now = servent_.traffic_history().newest();
+  if (now.connections_in + now.connections_out == 0) {
+    return tr(
+        "Not connected to any host. Connect to one on the page \"Hosts\", then type words "
+        "above and press Enter.");
+  }
+  if (servent_.parts().counters.queries_sent == sent_before_) {
+    return tr("Type words above and press Enter: the connected hosts are searched.");
+  }
+  return tr(
+      "No results so far. A file is found when its name has all of the words, and answers can take "
+      "some seconds. Fewer words or more connections may find more.");
 }
 
 }  // namespace velmora::ui

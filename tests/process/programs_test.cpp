@@ -15,6 +15,7 @@
 namespace velmora::process {
 namespace {
 
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
 
@@ -65,7 +66,7 @@ TEST(Velmorad, RunsOnceOnAProfileAndAgainAfterACrash) {
   Program second({"velmorad", "--profile", profile.path(), "--listen", "127.0.0.12"});
   EXPECT_NE(second.wait(), 0);
   EXPECT_THAT(second.errors(), HasSubstr("VelMora Program is Already Running"));
-  EXPECT_EQ(ask(profile, {"status"}).status, 0);
+  EXPECT_THAT(ask(profile, {"status"}).output, HasSubstr("(no window)"));
   first->signal(SIGKILL);
   first->wait();
   auto third = servent(profile, "127.0.0.11");
@@ -133,7 +134,10 @@ TEST(Programs, FindOfferAndFetchAFile) {
   EXPECT_THAT(found.output, HasSubstr("128,000"));
   const Answer fetched = ask(bob_profile, {"download", "1"});
   EXPECT_EQ(fetched.status, 0) << fetched.errors;
+  EXPECT_THAT(fetched.output, EndsWith("a song.mp3: Done\n"));
   EXPECT_EQ(content(downloads.path() + "/a song.mp3"), song);
+  EXPECT_EQ(ask(bob_profile, {"behaviour", "overlay"}).output, "Profile: Overlay\n");
+  EXPECT_EQ(ask(bob_profile, {"behaviour", "relay", "off"}).output, "Profile: Own choice\n");
   EXPECT_EQ(ask(bob_profile, {"quit"}).status, 0);
   EXPECT_EQ(bob->wait(), 0);
 }

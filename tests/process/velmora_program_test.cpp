@@ -177,7 +177,10 @@ TEST(Velmora, SecondStartRaisesTheFirstWindowAndLeavesTheRestAlone) {
   EXPECT_TRUE(second->wait_for_error_line("already")) << second->errors();
   second->signal(SIGTERM);  // its message box stays open until somebody closes it
   EXPECT_EQ(second->wait(), 1);
-  EXPECT_EQ(ask(profile, {"status"}).status, 0);
+  EXPECT_THAT(ask(profile, {"status"}).output, HasSubstr("(window "));
+  const std::string folder = std::filesystem::path(profile.path()).filename();
+  EXPECT_THAT(ask(profile, {"controls", "--json"}).output,
+              HasSubstr("\"Velmora - " + folder + "\""));
   first->signal(SIGTERM);
   EXPECT_EQ(first->wait(), 0);
 }

@@ -10,6 +10,7 @@
 #include <QSlider>
 #include <QSpinBox>
 #include <QTest>
+#include <QTimer>
 #include <memory>
 
 #include "platform/error.h"
@@ -287,6 +288,38 @@ TEST_F(Binding, ButtonsPicturesProgressAndPanels) {
   settle();
   EXPECT_EQ(form_.StatusBar.panel(1), PlatformError(Errc::disk_full).description());
   EXPECT_EQ(bar.panel(1)->text().toStdString(), form_.StatusBar.panel(1));
+}
+
+TEST_F(Binding, StatusGrowsPaleAndANoteGoes) {
+  PanelBar& bar = keep(binding_->status_bar(form_.StatusBar));
+  QTimer& age = *bar.findChild<QTimer*>();
+  const auto let_it_grow_old = [&] {
+    age.setInterval(0);
+    settle();
+    settle();
+    age.setInterval(PanelBar::kFreshMs);
+  };
+  form_.StatusBar.set_panel(1, "lasting");
+  settle();
+  EXPECT_FALSE(bar.panel(1)->old());
+  form_.StatusBar.set_panel(2, "Connections: 1 in, 2 out");
+  let_it_grow_old();
+  EXPECT_EQ(bar.panel(1)->text(), "lasting");
+  EXPECT_TRUE(bar.panel(1)->old());
+  form_.StatusBar.set_panel(1, "lasting");
+  settle();
+  EXPECT_FALSE(bar.panel(1)->old());  // it was said again
+
+  form_.StatusBar.set_note("for the moment");
+  settle();
+  EXPECT_EQ(bar.panel(1)->text(), "for the moment");
+  let_it_grow_old();
+  EXPECT_EQ(bar.panel(1)->text(), "");
+
+  form_.StatusBar.set_note("for the moment");
+  form_.StatusBar.set_panel(1, "lasting");
+  let_it_grow_old();
+  EXPECT_EQ(bar.panel(1)->text(), "lasting");
 }
 
 TEST_F(Binding, ChangesAreShownTogetherAndMayEndTheProgram) {

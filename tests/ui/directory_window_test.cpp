@@ -75,6 +75,21 @@ TEST_F(Chooser, TreeAndPathFollowEachOther) {
   EXPECT_EQ(places.currentData().toString(), "/");
 }
 
+TEST_F(Chooser, ShowsTheChosenFolderInTheMiddle) {
+  for (int number = 10; number < 90; ++number) {
+    ASSERT_TRUE(QDir().mkpath(folder_.filePath(QString::number(number))));
+  }
+  show(folder_.filePath("50"));
+  const auto place = [this] {  // from 0, the top, to 1
+    const QTreeView& tree = *window_.tree();
+    return 1.0 * tree.visualRect(tree.currentIndex()).center().y() / tree.viewport()->height();
+  };
+  const auto in_the_middle = [&] { return place() > 0.4 && place() < 0.6; };
+  const QModelIndex parent = model().index(folder_.path());
+  EXPECT_TRUE(QTest::qWaitFor([&] { return model().rowCount(parent) == 80 && in_the_middle(); }))
+      << place();
+}
+
 TEST_F(Chooser, MakesANewFolderAndNamesIt) {
   show(folder_.path());
   QSignalSpy loaded(&model(), &QFileSystemModel::directoryLoaded);

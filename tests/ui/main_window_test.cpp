@@ -208,24 +208,28 @@ TEST(FirstSteps, LeadFromAnEmptyProfileToSharedFilesAndAHost) {
   WindowRig rig({.files = [](sim::SimHost& host) { host.files().put("/music/a.mp3", "x"); }});
   FirstSteps& steps = rig.window().first_steps();
   EXPECT_TRUE(steps.isVisible());
-  EXPECT_TRUE(steps.share_button()->isVisible());
-  EXPECT_FALSE(steps.scan_button()->isVisible());
+  const QPoint host_place = steps.host_field()->mapTo(&rig.window(), QPoint());
 
   QTest::mouseClick(steps.download_button(), Qt::LeftButton);
   rig.settle();
   EXPECT_TRUE(rig.form().frmDir.shown());
   rig.form().frmDir.hide();
   rig.form().down_config.set_text("/downloads");
-  rig.form().upload_config.enter("/music");
-  rig.settle();
-  EXPECT_FALSE(steps.download_button()->isVisible());
-  EXPECT_FALSE(steps.share_button()->isVisible());
-  ASSERT_TRUE(steps.scan_button()->isVisible());
 
-  QTest::mouseClick(steps.scan_button(), Qt::LeftButton);
+  QTest::mouseClick(steps.share_button(), Qt::LeftButton);
   rig.settle();
-  EXPECT_EQ(rig.form().sharenum_config.text(), "1");
-  EXPECT_FALSE(steps.scan_button()->isVisible());
+  rig.form().frmDir_path.set_text("/music");
+  rig.form().frmDir_cancel.click();
+  rig.settle();
+  EXPECT_FALSE(steps.shared());
+  QTest::mouseClick(steps.share_button(), Qt::LeftButton);
+  rig.settle();
+  rig.form().frmDir_path.set_text("/music");
+  rig.form().frmDir_ok.click();
+  rig.settle();
+  EXPECT_EQ(rig.form().sharenum_config.text(), "1");  // scanned in one go
+  EXPECT_TRUE(steps.shared());
+  EXPECT_EQ(steps.host_field()->mapTo(&rig.window(), QPoint()), host_place);
 
   QTest::keyClicks(steps.host_field(), "10.0.0.9");
   QTest::keyClick(steps.host_field(), Qt::Key_Return);
@@ -241,6 +245,37 @@ TEST(FirstSteps, LeadFromAnEmptyProfileToSharedFilesAndAHost) {
   rig.settle(60'000);  // the silent neighbour has been dropped
   EXPECT_EQ(rig.form().StatusBar.panel(2), "Connections: 0 in, 0 out");
   EXPECT_FALSE(steps.isVisible());
+}
+
+TEST(FirstSteps, ScanAFolderThatWasSharedElsewhere) {
+  WindowRig rig({.files = [](sim::SimHost& host) { host.files().put("/music/a.mp3", "x"); }});
+  FirstSteps& steps = rig.window().first_steps();
+  rig.form().upload_config.enter("/music");
+  rig.settle();
+  EXPECT_FALSE(steps.shared());
+  EXPECT_EQ(steps.share_button()->text(), "Scan");
+  QTest::mouseClick(steps.share_button(), Qt::LeftButton);
+  rig.settle();
+  EXPECT_EQ(rig.form().sharenum_config.text(), "1");
+  EXPECT_TRUE(steps.shared());
+}
+
+TEST(SearchPage, TheEmptyListSaysWhatToDo) {
+  WindowRig rig;
+  const auto hint = [&] {
+    return rig.widget(rig.form().lfound).accessibleDescription().section(u'.', 0, 0);
+  };
+  EXPECT_EQ(hint(), "Not connected to any host");
+  rig.world().listen_raw("10.0.0.2", 6346, [](sim::RawPeer& peer) { peer.send(sim::kWelcome); });
+  rig.form().new_host.enter("10.0.0.2");
+  rig.settle(2000);
+  EXPECT_EQ(hint(), "Type words above and press Enter: the connected hosts are searched");
+  rig.go_to(Page::search);
+  rig.type(rig.form().Tsearch, "song");
+  rig.settle();
+  EXPECT_EQ(hint(), "No results so far");
+  rig.settle(60'000);  // the silent neighbour has been dropped
+  EXPECT_EQ(hint(), "Not connected to any host");
 }
 
 TEST(FirstSteps, ClosedForGoodStayAway) {

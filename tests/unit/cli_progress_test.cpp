@@ -41,6 +41,27 @@ TEST(CliProgress, ReadsAStatusLeniently) {
   EXPECT_EQ(read_count("99999999999999999999999"), 9999999999999999999U);
 }
 
+TEST(CliProgress, IsNewsByItsWordsOrByTheTenth) {
+  const std::pair<const char*, bool> looks[] = {
+      {"Queued", true},
+      {"Queued", false},
+      {"Requesting to Connect", true},
+      {"Downloading 0 % (1,000)", true},
+      {"Downloading 9 % (9,999)", false},
+      {"Downloading 10 % (10,000)", true},
+      {"Downloading 55 % (55,000)", true},
+      {"Downloading 58 % (58,000)", false},
+      {"Disconnected, 2 sources, again in 2 min", true},
+      {"Disconnected, 2 sources, again in 1 min", false},
+      {"Downloading 58 % (58,000)", true},
+      {"Downloading 100 % (100,000)", true},
+      {"Done", true},
+      {"Done", false},
+  };
+  ToldStatus told;
+  for (const auto& [status, news] : looks) EXPECT_EQ(told.is_news(status, 100'000), news) << status;
+}
+
 TEST(CliProgress, ShowsCountsAndLines) {
   EXPECT_EQ(shown_count(1234567), "1,234,567");
   EXPECT_EQ(shown_count(123), "123");

@@ -46,9 +46,9 @@ struct BehaviourFrame {
       form_,
       "exclude_config",
       Page::configuration,
-      "Left out",
-      "With Large library: files and folders with such a name are not shared. Patterns, separated "
-      "by \";\"",
+      "Large library leaves out",
+      "With Large library, files and folders with such a name are not shared. * stands for any "
+      "characters, ? for one; \";\" stands between two names. Without it this changes nothing.",
       kLeftOut};
   // In the order of kBehaviourSwitches.
   std::array<BehaviourBox, kBehaviourSwitches.size()> behaviour_boxes{

@@ -1,6 +1,7 @@
 // The factories of FormBinding: which widget shows a control, and which verb each signal becomes.
 #include <QCheckBox>
 #include <QStringList>
+#include <utility>
 
 #include "ui/widgets/colours.h"
 #include "ui/widgets/combo_list_box.h"
@@ -165,9 +166,11 @@ ListTable* FormBinding::list(ListView& list) {
 PanelBar* FormBinding::status_bar(StatusBar& bar) {
   auto* panels = new PanelBar(bar.panels());
   bind(bar, *panels);
-  follow(bar, panels, [&bar, panels] {
+  follow(bar, panels, [&bar, panels, times_said = std::uint64_t{0}]() mutable {
     for (std::size_t i = 1; i <= bar.panels(); ++i) panels->set_panel(i, shown(bar.panel(i)));
+    if (bar.times_said() != std::exchange(times_said, bar.times_said())) panels->freshen();
   });
+  connect(panels, &PanelBar::grown_old, this, [&bar] { bar.drop_note(); });
   return panels;
 }
 

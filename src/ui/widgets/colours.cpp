@@ -50,4 +50,10 @@ QColor between(const QColor& one, const QColor& other) {
                          (one.blue() + other.blue()) / 2);
 }
 
+QColor pale(const QColor& text, const QColor& back) {
+  const auto mixed = [](float a, float b) { return 0.7F * a + 0.3F * b; };
+  return QColor::fromRgbF(mixed(text.redF(), back.redF()), mixed(text.greenF(), back.greenF()),
+                          mixed(text.blueF(), back.blueF()));
+}
+
 }  // namespace velmora::ui

@@ -21,4 +21,7 @@ QColor readable_on(const QColor& back, const QPalette& palette);
 // Halfway between the two: for what is not enabled.
 QColor between(const QColor& one, const QColor& other);
 
+// The text's own colour, paler: whatever colours a person has chosen, it stays readable.
+QColor pale(const QColor& text, const QColor& back);
+
 }  // namespace velmora::ui

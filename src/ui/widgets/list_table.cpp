@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "platform/trap.h"
+#include "ui/widgets/colours.h"
 #include "ui/widgets/list_columns.h"
 #include "ui/widgets/list_header.h"
 #include "ui/widgets/list_model.h"
@@ -27,15 +28,6 @@ namespace velmora::ui {
 namespace {
 
 constexpr std::size_t kMostCopiedRows = 20'000;
-
-// The text's own colour, paler: any colours that a person has chosen stay readable.
-QColor pale(const QPalette& palette) {
-  const QColor text = palette.color(QPalette::Text);
-  const QColor back = palette.color(QPalette::Base);
-  const auto mixed = [](float a, float b) { return 0.7F * a + 0.3F * b; };
-  return QColor::fromRgbF(mixed(text.redF(), back.redF()), mixed(text.greenF(), back.greenF()),
-                          mixed(text.blueF(), back.blueF()));
-}
 
 class CellDelegate : public QStyledItemDelegate {
  public:
@@ -109,6 +101,7 @@ void ListTable::refresh() {
 }
 
 void ListTable::set_empty_hint(const QString& text) {
+  if (text == empty_hint_) return;
   empty_hint_ = text;
   describe();
   viewport()->update();
@@ -215,7 +208,7 @@ void ListTable::paintEvent(QPaintEvent* event) {
   if (model_->rowCount() > 0 || empty_hint_.isEmpty()) return;
   QPainter painter(viewport());
   const int margin = 2 * fontMetrics().height();
-  painter.setPen(pale(palette()));
+  painter.setPen(pale(palette().color(QPalette::Text), palette().color(QPalette::Base)));
   painter.drawText(viewport()->rect().adjusted(margin, 0, -margin, 0),
                    Qt::AlignCenter | Qt::TextWordWrap, empty_hint_);
 }
