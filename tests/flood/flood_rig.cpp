@@ -1,22 +1,20 @@
 #include "flood/flood_rig.h"
 
 #include <net/if.h>
-#include <netinet/in.h>
-#include <poll.h>
 #include <sched.h>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <chrono>
 #include <cmath>
 #include <csignal>
 #include <cstring>
 #include <fstream>
 #include <stdexcept>
+
+#include "support/wire.h"
 
 namespace velmora::flood {
 namespace {
@@ -50,53 +48,6 @@ double resident_most_mib(pid_t pid) {
   return 0;
 }
 
-// The servent's control socket, read with a deadline.
-class Control {
- public:
-  explicit Control(const std::string& profile)
-      : fd_(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    const std::string path = profile + "/control.sock";
-    path.copy(address.sun_path, sizeof address.sun_path - 1);
-    if (connect(fd_, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
-      throw std::runtime_error("no control socket");
-    }
-  }
-  ~Control() { close(fd_); }
-  Control(const Control&) = delete;
-  Control& operator=(const Control&) = delete;
-
-  void say(const std::string& method, const std::string& params) const {
-    const std::string line =
-        R"({"jsonrpc":"2.0","id":1,"method":")" + method + R"(","params":)" + params + "}\n";
-    static_cast<void>(::send(fd_, line.data(), line.size(), MSG_NOSIGNAL));
-  }
-  // The next line, or "" when none came in time.
-  std::string line(int timeout_ms) {
-    const auto start = Clock::now();
-    for (;;) {
-      const auto end = text_.find('\n');
-      if (end != std::string::npos) {
-        std::string line = text_.substr(0, end);
-        text_.erase(0, end + 1);
-        return line;
-      }
-      const int left = timeout_ms - static_cast<int>(ms_since(start));
-      pollfd ready{fd_, POLLIN, 0};
-      if (left < 0 || poll(&ready, 1, left) <= 0) return {};
-      std::array<char, 65536> buffer{};
-      const ssize_t count = read(fd_, buffer.data(), buffer.size());
-      if (count <= 0) return {};
-      text_.append(buffer.data(), static_cast<std::size_t>(count));
-    }
-  }
-
- private:
-  int fd_;
-  std::string text_;
-};
-
 // A neighbour that pings once every 50 ms and notes when the answer comes.
 void keep_pinging(Line& line, const std::atomic<bool>& over, Measured& measured) {
   unsigned number = 0;
@@ -104,7 +55,7 @@ void keep_pinging(Line& line, const std::atomic<bool>& over, Measured& measured)
   while (!over) {
     const std::string guid = "good" + std::to_string(100'000'000'000 + ++number);
     const auto start = Clock::now();
-    if (!line.send(descriptor(guid, 0, 1, ""))) break;
+    if (!line.send(descriptor(guid, 0, 1, 0, ""))) break;
     bool answered = false;
     while (!answered && ms_since(start) < 5000) {
       heard += line.receive();
@@ -134,60 +85,6 @@ bool enter_own_network() {
   return entered;
 }
 
-Line::Line(std::uint16_t port, int receive_buffer)
-    : fd_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-  const timeval second{1, 0};
-  setsockopt(fd_, SOL_SOCKET, SO_SNDTIMEO, &second, sizeof second);
-  setsockopt(fd_, SOL_SOCKET, SO_RCVTIMEO, &second, sizeof second);
-  if (receive_buffer > 0) {
-    setsockopt(fd_, SOL_SOCKET, SO_RCVBUF, &receive_buffer, sizeof receive_buffer);
-  }
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_port = htons(port);
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  if (connect(fd_, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
-    close(fd_);
-    fd_ = -1;
-  }
-}
-
-Line::~Line() {
-  if (fd_ >= 0) close(fd_);
-}
-
-bool Line::send(std::string_view bytes) {
-  while (!bytes.empty()) {
-    const ssize_t sent = ::send(fd_, bytes.data(), bytes.size(), MSG_NOSIGNAL);
-    if (sent <= 0) return false;
-    bytes.remove_prefix(static_cast<std::size_t>(sent));
-  }
-  return true;
-}
-
-std::string Line::receive() {
-  std::array<char, 65536> buffer{};
-  const ssize_t count = recv(fd_, buffer.data(), buffer.size(), 0);
-  return count > 0 ? std::string(buffer.data(), static_cast<std::size_t>(count)) : std::string();
-}
-
-bool Line::shake_hands() {
-  return connected() && send("GNUTELLA CONNECT/0.4\n\n") && receive() == "GNUTELLA OK\n\n";
-}
-
-std::string descriptor(std::string_view guid, unsigned function, unsigned ttl,
-                       std::string_view payload) {
-  std::string bytes(guid);
-  bytes.resize(16, '-');
-  bytes += static_cast<char>(function);
-  bytes += static_cast<char>(ttl);
-  bytes += '\0';
-  for (unsigned shift = 0; shift < 32; shift += 8) {
-    bytes += static_cast<char>(payload.size() >> shift & 255U);
-  }
-  return bytes.append(payload);
-}
-
 FloodRig::FloodRig(std::vector<std::string> fields) {
   std::signal(SIGPIPE, SIG_IGN);
   std::vector<std::string> arguments = {"velmorad", "--profile", folder_.path(), "--listen",
@@ -214,7 +111,7 @@ void FloodRig::stranger(std::function<void(const std::atomic<bool>&)> body) {
 }
 
 std::string FloodRig::ask(const std::string& method, const std::string& params) {
-  Control control(folder_.path());
+  process::Control control(folder_);
   control.say(method, params);
   return control.line(10'000);
 }
@@ -229,7 +126,7 @@ Measured FloodRig::measure(double seconds) {
   if (!good.shake_hands()) throw std::runtime_error("no handshake");
   std::atomic<bool> enough{false};
   std::thread pinging([&] { keep_pinging(good, enough, measured); });
-  Control control(folder_.path());
+  process::Control control(folder_);
   control.say("subscribe", R"({"controls":["bytein_stat"]})");
   const auto start = Clock::now();
   const auto next_tick = [&] {

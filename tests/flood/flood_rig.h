@@ -9,7 +9,6 @@
 #include <functional>
 #include <memory>
 #include <string>
-#include <string_view>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -25,26 +24,7 @@ inline constexpr std::uint16_t kUploadPort = 6345;
 // system does not allow that.
 bool enter_own_network();
 
-// A blocking TCP connection; every call gives up after a second.
-class Line {
- public:
-  explicit Line(std::uint16_t port, int receive_buffer = 0);
-  ~Line();
-  Line(const Line&) = delete;
-  Line& operator=(const Line&) = delete;
-
-  [[nodiscard]] bool connected() const { return fd_ >= 0; }
-  bool send(std::string_view bytes);  // false when it could not be sent whole
-  std::string receive();              // what there is; "" when nothing came
-  bool shake_hands();
-
- private:
-  int fd_ = -1;
-};
-
-// 23 bytes and the payload.
-std::string descriptor(std::string_view guid, unsigned function, unsigned ttl,
-                       std::string_view payload);
+using process::Line;
 
 struct Measured {
   double memory_mib = 0;    // the most that was resident
@@ -70,10 +50,10 @@ class FloodRig {
   std::string ask(const std::string& method, const std::string& params);
   // Written when the strangers have ended.
   void note(std::string text) { notes_.push_back(std::move(text)); }
-  [[nodiscard]] const std::string& folder() const { return folder_.path(); }
+  [[nodiscard]] std::string folder() const { return folder_.path(); }
 
  private:
-  process::TemporaryFolder folder_;
+  TemporaryFolder folder_;
   std::unique_ptr<process::Program> servent_;
   std::atomic<bool> begun_{false};
   std::atomic<bool> over_{false};

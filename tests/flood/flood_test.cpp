@@ -9,6 +9,7 @@
 #include <fstream>
 
 #include "flood/flood_rig.h"
+#include "support/wire.h"
 
 namespace velmora::flood {
 namespace {
@@ -32,24 +33,20 @@ double long_seconds() {
   return text == nullptr ? 0 : std::atof(text);
 }
 
-std::string number(std::size_t value, int bytes) {
-  std::string text;
-  for (int i = 0; i < bytes; ++i) text += static_cast<char>(value >> (8 * i) & 255U);
-  return text;
-}
-
 std::string query_hit(std::size_t serial) {
-  std::string payload = "\xFF" + number(6345, 2) + "\x01\x02\x03\x04" + number(56, 4);
+  std::string payload = "\xFF" + little_endian(6345, 2) + "\x01\x02\x03\x04" + little_endian(56, 4);
   for (std::size_t i = 0; i < 255; ++i) {
-    payload += number(i, 4) + number(1000, 4) + "song " + std::to_string(serial * 255 + i) +
-               std::string(95, 's') + ".mp3" + std::string(2, '\0');
+    payload += little_endian(i, 4) + little_endian(1000, 4) + "song " +
+               std::to_string(serial * 255 + i) + std::string(95, 's') + ".mp3" +
+               std::string(2, '\0');
   }
-  return descriptor("hit", 129, 3, payload + std::string(16, 'g'));
+  return descriptor("hit", 129, 3, 0, payload + std::string(16, 'g'));
 }
 
 std::string pong(std::size_t serial) {
-  return descriptor("pong" + std::to_string(serial), 1, 3,
-                    number(6346, 2) + "\x20" + number(serial, 3) + number(7, 4) + number(9, 4));
+  return descriptor("pong" + std::to_string(serial), 1, 3, 0,
+                    little_endian(6346, 2) + "\x20" + little_endian(serial, 3) +
+                        little_endian(7, 4) + little_endian(9, 4));
 }
 
 std::string chunk_of(const std::function<std::string(std::size_t)>& make, std::size_t from) {
@@ -77,7 +74,7 @@ void send_for_ever(FloodRig& rig, std::size_t neighbours,
 void hits(FloodRig& rig) { send_for_ever(rig, 8, query_hit); }
 void pongs(FloodRig& rig) { send_for_ever(rig, 8, pong); }
 void unknown_types(FloodRig& rig) {
-  send_for_ever(rig, 8, [](std::size_t) { return descriptor("unknown", 2, 3, ""); });
+  send_for_ever(rig, 8, [](std::size_t) { return descriptor("unknown", 2, 3, 0, ""); });
 }
 
 // Four neighbours read nothing of the queries that four others flood with.
@@ -86,14 +83,14 @@ void queries_to_slow_readers(FloodRig& rig) {
     rig.stranger([](const Over& over) {
       Line line(kMessagePort, 4096);
       line.shake_hands();
-      while (!over && line.send(descriptor("still here", 64, 1, std::string(26, 'p')))) {
+      while (!over && line.send(descriptor("still here", 64, 1, 0, std::string(26, 'p')))) {
         std::this_thread::sleep_for(std::chrono::seconds(1));
       }
     });
   }
   send_for_ever(rig, 4, [](std::size_t serial) {
-    return descriptor("query" + std::to_string(serial), 128, 3,
-                      number(0, 2) + "song " + std::string(200, 'q') + number(0, 1));
+    return descriptor("query" + std::to_string(serial), 128, 3, 0,
+                      little_endian(0, 2) + "song " + std::string(200, 'q') + little_endian(0, 1));
   });
 }
 

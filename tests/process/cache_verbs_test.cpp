@@ -1,11 +1,8 @@
-// The verbs of the host cache against a real servent, and files in its place that are none.
+// The verbs of the host cache against a real servent.
 #include <gmock/gmock.h>
-#include <sys/stat.h>
 
 #include <csignal>
-#include <filesystem>
 #include <fstream>
-#include <functional>
 
 #include "process/program.h"
 
@@ -17,28 +14,20 @@ using testing::Not;
 
 class Cached {
  public:
-  explicit Cached(const std::function<void(const std::string& path)>& make_file) {
-    make_file(profile_.path() + "/Velmora_cache.dat");
-    program_ = std::make_unique<Program>(std::vector<std::string>{
-        "velmorad", "--profile", profile_.path(), "--listen", "127.0.0.31"});
-    EXPECT_TRUE(program_->wait_for_line("runs on profile")) << program_->errors();
+  explicit Cached(const std::string& file) {
+    if (!file.empty()) std::ofstream(profile_.path("Velmora_cache.dat")) << file;
+    program_ = servent(profile_, "127.0.0.31");
   }
   std::string ask(std::vector<std::string> words, int status = 0) const {
-    words.insert(words.begin(), {"velmora-cli", "--profile", profile_.path()});
-    Program cli(words);
-    EXPECT_EQ(cli.wait(), status) << cli.errors();
-    return status == 0 ? cli.output() : cli.errors();
+    const Outcome outcome = process::ask(profile_, std::move(words));
+    EXPECT_EQ(outcome.status, status) << outcome.errors;
+    return status == 0 ? outcome.output : outcome.errors;
   }
-  // What it said until its end.
-  std::string end() {
+  void end() {
     program_->signal(SIGTERM);
     EXPECT_EQ(program_->wait(), 0);
-    return program_->errors();
   }
-  std::string file() const {
-    std::ifstream file(profile_.path() + "/Velmora_cache.dat", std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-  }
+  std::string file() const { return content(profile_.path() + "/Velmora_cache.dat"); }
 
  private:
   TemporaryFolder profile_;
@@ -51,11 +40,9 @@ constexpr const char* kRest = "\",6346,\"?\",1,2,#2000-06-30 14:05:00#,#2000-06-
 
 TEST(CacheVerbs, ListRemoveAndClearWhatTheFileHeld) {
   const std::string hosts[] = {"4.0.0.1", "4.0.0.2", "4.0.0.3"};
-  Cached servent([&](const std::string& path) {
-    std::ofstream file(path, std::ios::binary);
-    file << "\"Rows in this file:\",3\r\n" << kFormat;
-    for (const std::string& host : hosts) file << "1,\"" << host << kRest;
-  });
+  std::string file = std::string("\"Rows in this file:\",3\r\n") + kFormat;
+  for (const std::string& host : hosts) file += "1,\"" + host + kRest;
+  Cached servent(file);
   EXPECT_EQ(servent.ask({"cache"}),
             "Row  Hosts         Files  Size Kb  Hop  TTL  Sock\n"
             "  1  4.0.0.1:6346      1        2    0    0     0\n"
@@ -72,32 +59,13 @@ TEST(CacheVerbs, ListRemoveAndClearWhatTheFileHeld) {
 }
 
 TEST(CacheVerbs, EditTheFilterByTextOrRow) {
-  Cached servent([](const std::string&) {});
+  Cached servent("");
   EXPECT_THAT(servent.ask({"filter", "add", "4.0."}), HasSubstr(" 19      4.0.\n"));
   EXPECT_EQ(servent.ask({"get", "totalfilter_config"}), "19\n");
   EXPECT_THAT(servent.ask({"filter", "remove", "10."}), Not(HasSubstr(" 10.\n")));
   EXPECT_THAT(servent.ask({"filter", "remove", "18"}), Not(HasSubstr("4.0.")));
   EXPECT_THAT(servent.ask({"filter", "remove", "18"}, 1), HasSubstr("there is no row 18"));
   EXPECT_THAT(servent.ask({"filter", "remove", "4.0."}, 1), HasSubstr("no entry 4.0."));
-}
-
-TEST(CacheVerbs, AFolderOrAFifoInPlaceOfTheFileIsToldAndLeftAlone) {
-  struct Case {
-    std::function<void(const std::string&)> make;
-    const char* error;
-  };
-  const Case cases[] = {
-      {[](const std::string& path) { std::filesystem::create_directory(path); }, "Is a directory"},
-      {[](const std::string& path) { ASSERT_EQ(mkfifo(path.c_str(), 0600), 0); },
-       "Not a regular file"},
-  };
-  for (const Case& c : cases) {
-    Cached servent(c.make);
-    EXPECT_THAT(servent.ask({"get", "StatusBar"}),
-                HasSubstr("load_cache: " + std::string(c.error)));
-    EXPECT_THAT(servent.end(),
-                HasSubstr("Problems saving Cache list: save_cache: " + std::string(c.error)));
-  }
 }
 
 }  // namespace

@@ -1,8 +1,6 @@
 // Real servents in a chain on loopback: how one end learns of the others and connects to them.
 #include <gmock/gmock.h>
 
-#include <chrono>
-#include <functional>
 #include <memory>
 #include <nlohmann/json.hpp>
 
@@ -17,25 +15,15 @@ using testing::UnorderedElementsAre;
 
 std::string address(int number) { return "127.0.0." + std::to_string(number); }
 
-// One servent with the command that drives it.
-class Resident {
- public:
-  explicit Resident(int number)
-      : address_(address(number)),
-        program_({"velmorad", "--profile", profile_.path(), "--listen", address_}) {}
-
-  bool runs() { return program_.wait_for_line("runs on profile"); }
-  [[nodiscard]] const std::string& home() const { return address_; }
+struct Neighbour : Resident {
+  explicit Neighbour(int number) : Resident(address(number)), home(address(number)) {}
 
   // What velmora-cli prints, on standard error where it fails; it must end with this status.
-  [[nodiscard]] std::string ask(std::vector<std::string> words, int status = 0) const {
-    std::vector<std::string> arguments = {"velmora-cli", "--profile", profile_.path()};
-    arguments.insert(arguments.end(), words.begin(), words.end());
-    Program command(arguments);
-    EXPECT_EQ(command.wait(), status) << words[0] << ": " << command.errors();
-    return status == 0 ? command.output() : command.errors();
+  [[nodiscard]] std::string ask(const std::vector<std::string>& words, int status = 0) const {
+    const Outcome outcome = Resident::ask(words);
+    EXPECT_EQ(outcome.status, status) << words[0] << ": " << outcome.errors;
+    return status == 0 ? outcome.output : outcome.errors;
   }
-
   // The addresses of the hosts in a list's first column, ports left out.
   [[nodiscard]] std::vector<std::string> hosts_in(const std::string& list) const {
     std::vector<std::string> out;
@@ -47,34 +35,19 @@ class Resident {
     return out;
   }
 
-  // Looks again whenever one of these controls changes, for ten seconds.
-  [[nodiscard]] bool wait_for(const std::string& control,
-                              const std::function<bool()>& holds) const {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-    while (!holds()) {
-      if (std::chrono::steady_clock::now() > deadline) return false;
-      static_cast<void>(ask({"subscribe", control, "--count", "1", "--for", "0.3"}));
-    }
-    return true;
-  }
-
- private:
-  TemporaryFolder profile_;
-  std::string address_;
-  Program program_;
+  std::string home;
 };
 
 // With the default TTL, 5, a ping from one end reaches five of the seven others.
 TEST(Overlay, OneEndOfAChainFindsAndMeetsTheOthers) {
-  std::vector<std::unique_ptr<Resident>> chain;
+  std::vector<std::unique_ptr<Neighbour>> chain;
   for (int number = 21; number <= 28; ++number) {
-    chain.push_back(std::make_unique<Resident>(number));
+    chain.push_back(std::make_unique<Neighbour>(number));
   }
-  for (const auto& resident : chain) ASSERT_TRUE(resident->runs()) << resident->home();
   for (std::size_t i = 0; i + 1 < chain.size(); ++i) {
-    static_cast<void>(chain[i]->ask({"connect", chain[i + 1]->home()}));
+    static_cast<void>(chain[i]->ask({"connect", chain[i + 1]->home}));
   }
-  const Resident& end = *chain[0];
+  const Neighbour& end = *chain[0];
   static_cast<void>(end.ask({"set", "max_out_host", "3"}));
 
   EXPECT_EQ(end.ask({"more"}), "Sent Ping to Socket: 1\n");
@@ -83,7 +56,7 @@ TEST(Overlay, OneEndOfAChainFindsAndMeetsTheOthers) {
                                             address(22)};
   EXPECT_TRUE(end.wait_for("lcache", [&] { return end.hosts_in("lcache").size() >= 5; }));
   EXPECT_EQ(end.hosts_in("lcache"), reached);
-  const Resident& last = *chain[5];
+  const Neighbour& last = *chain[5];
   std::string pings;
   EXPECT_TRUE(last.wait_for("ping_stat", [&] {
     pings = last.ask({"get", "ping_stat"});
@@ -105,8 +78,7 @@ TEST(Overlay, OneEndOfAChainFindsAndMeetsTheOthers) {
 }
 
 TEST(Overlay, AServentAloneSaysWhatItLacks) {
-  Resident hermit(21);
-  ASSERT_TRUE(hermit.runs());
+  const Neighbour hermit(21);
   EXPECT_THAT(hermit.ask({"more"}, 1), HasSubstr("No Connections to send Ping!"));
   EXPECT_THAT(hermit.ask({"auto"}, 1), HasSubstr("no connection came about"));
   EXPECT_EQ(hermit.ask({"auto", "--detach", "--json"}), "{\"running\":false}\n");

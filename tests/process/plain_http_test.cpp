@@ -1,17 +1,13 @@
 // The switch plain_http with the programs that it is for: curl and wget fetch from velmorad, and
 // velmorad from nginx. All on loopback; every program ends with its test.
-#include <arpa/inet.h>
 #include <gmock/gmock.h>
-#include <poll.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
-#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <memory>
 
 #include "process/program.h"
+#include "support/wire.h"
 
 namespace velmora::process {
 namespace {
@@ -24,22 +20,6 @@ constexpr const char* kCurl = "/usr/bin/curl";
 constexpr const char* kWget = "/usr/bin/wget";
 constexpr const char* kNginx = "/usr/sbin/nginx";
 
-struct Outcome {
-  int status;
-  std::string output, errors;
-};
-
-Outcome run(std::vector<std::string> arguments) {
-  Program program(std::move(arguments));
-  const int status = program.wait();
-  return {status, program.output(), program.errors()};
-}
-
-std::string content(const fs::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
 void put(const fs::path& path, const std::string& data) {
   std::ofstream(path, std::ios::binary) << data;
 }
@@ -50,41 +30,23 @@ std::string some_bytes() {
   return bytes;
 }
 
-class Resident {
- public:
-  Resident(const std::string& address, std::vector<std::string> more) {
-    std::vector<std::string> arguments = {
-        "velmorad", "--profile", profile_.path(),          "--listen",
-        address,    "--set",     "plain_http_behaviour=on"};
-    arguments.insert(arguments.end(), more.begin(), more.end());
-    program_ = std::make_unique<Program>(arguments);
-  }
-  bool runs() { return program_->wait_for_line("runs on profile"); }
-  [[nodiscard]] Outcome ask(std::vector<std::string> words) const {
-    words.insert(words.begin(), {"velmora-cli", "--profile", profile_.path()});
-    return run(std::move(words));
-  }
-  // Looks again whenever the list changes, for fifteen seconds.
-  [[nodiscard]] bool wait_for_row(const std::string& list, const std::string& text) const {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(15);
-    while (ask({"rows", list}).output.find(text) == std::string::npos) {
-      if (std::chrono::steady_clock::now() > deadline) return false;
-      static_cast<void>(ask({"subscribe", list, "--count", "1", "--for", "0.2"}));
-    }
-    return true;
-  }
+std::vector<std::string> plain(std::vector<std::string> options) {
+  options.insert(options.end(), {"--set", "plain_http_behaviour=on"});
+  return options;
+}
 
- private:
-  TemporaryFolder profile_;
-  std::unique_ptr<Program> program_;
-};
+bool wait_for_row(const Resident& resident, const std::string& list, const std::string& text) {
+  return resident.wait_for(list, [&] {
+    return resident.ask({"rows", list}).output.find(text) != std::string::npos;
+  });
+}
 
 TEST(PlainHttp, CurlAndWgetFetchAndResume) {
   TemporaryFolder music, fetched;
   const std::string song = some_bytes();
   put(music.path() + "/a song.bin", song);
-  Resident resident("127.0.0.31", {"--set", "pack_upload=65536", "--set", "speed_upload=0"});
-  ASSERT_TRUE(resident.runs());
+  const Resident resident("127.0.0.31",
+                          plain({"--set", "pack_upload=65536", "--set", "speed_upload=0"}));
   ASSERT_EQ(resident.ask({"share", music.path()}).status, 0);
   const std::string url = "http://127.0.0.31:6345/get/1/a%20song.bin";
   const std::string file = fetched.path() + "/fetched";
@@ -92,7 +54,7 @@ TEST(PlainHttp, CurlAndWgetFetchAndResume) {
   const Outcome whole = run({kCurl, "-sS", "-f", "-o", file, url});
   EXPECT_EQ(whole.status, 0) << whole.errors;
   EXPECT_EQ(content(file), song);
-  EXPECT_TRUE(resident.wait_for_row("lupload", "Done"));
+  EXPECT_TRUE(wait_for_row(resident, "lupload", "Done"));
   put(file, song.substr(0, 300'001));
   const Outcome resumed = run({kCurl, "-sS", "-f", "-C", "-", "-o", file, url});
   EXPECT_EQ(resumed.status, 0) << resumed.errors;
@@ -133,40 +95,12 @@ class Nginx {
   std::unique_ptr<Program> program_;
 };
 
-// A neighbour on the message network that has one thing to say.
-class Neighbour {
- public:
-  explicit Neighbour(const char* address) : fd_(socket(AF_INET, SOCK_STREAM, 0)) {
-    sockaddr_in place{};
-    place.sin_family = AF_INET;
-    place.sin_port = htons(6346);
-    inet_pton(AF_INET, address, &place.sin_addr);
-    EXPECT_EQ(connect(fd_, reinterpret_cast<const sockaddr*>(&place), sizeof place), 0);
-    say("GNUTELLA CONNECT/0.4\n\n");
-    pollfd wish{fd_, POLLIN, 0};
-    char welcome[64];
-    EXPECT_EQ(poll(&wish, 1, 10'000), 1);
-    EXPECT_GT(read(fd_, welcome, sizeof welcome), 0);
-  }
-  ~Neighbour() { close(fd_); }
-  Neighbour(const Neighbour&) = delete;
-  Neighbour& operator=(const Neighbour&) = delete;
-
-  void say(const std::string& bytes) const {
-    EXPECT_EQ(write(fd_, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
-  }
-
- private:
-  int fd_;
-};
-
 // One file of number 5 and 700,000 bytes, at 127.0.0.33:8081.
 std::string query_hit(const std::string& name) {
-  using namespace std::string_literals;
-  const std::string payload = "\x01\x91\x1F\x7F\0\0\x21\x38\0\0\0\x05\0\0\0\x60\xAE\x0A\0"s + name +
-                              "\0\0"s + std::string(16, 'g');
-  return std::string(16, 'd') + "\x81\x01\0"s + static_cast<char>(payload.size()) + "\0\0\0"s +
-         payload;
+  return descriptor("d", 129, 1, 0,
+                    std::string("\x01\x91\x1F\x7F\0\0\x21\x38\0\0\0\x05\0\0\0", 15) +
+                        little_endian(700'000, 4) + name + std::string(2, '\0') +
+                        std::string(16, 'g'));
 }
 
 TEST(PlainHttp, FetchesFromNginxAndResumesThere) {
@@ -175,16 +109,15 @@ TEST(PlainHttp, FetchesFromNginxAndResumesThere) {
   auto nginx = std::make_unique<Nginx>(web, "127.0.0.33:8081", "limit_rate 100k;");
   put(web.path() + "/www/get/5/a song.bin", song);
   ASSERT_TRUE(nginx->runs());
-  Resident resident("127.0.0.32", {"--set", "down_config=" + downloads.path()});
-  ASSERT_TRUE(resident.runs());
-  const Neighbour neighbour("127.0.0.32");
-  neighbour.say(query_hit("a song.bin"));
-  ASSERT_TRUE(resident.wait_for_row("lfound", "a song"));
+  const Resident resident("127.0.0.32", plain({"--set", "down_config=" + downloads.path()}));
+  Line neighbour(6346, 0, "127.0.0.32");
+  ASSERT_TRUE(neighbour.shake_hands() && neighbour.send(query_hit("a song.bin")));
+  ASSERT_TRUE(wait_for_row(resident, "lfound", "a song"));
   ASSERT_EQ(resident.ask({"activate", "lfound", "1"}).status, 0);
   ASSERT_EQ(resident.ask({"press", "resume_down"}).status, 0);
-  ASSERT_TRUE(resident.wait_for_row("ldown", "Downloading"));
+  ASSERT_TRUE(wait_for_row(resident, "ldown", "Downloading"));
   nginx.reset();
-  ASSERT_TRUE(resident.wait_for_row("ldown", "Disconnected"));
+  ASSERT_TRUE(wait_for_row(resident, "ldown", "Disconnected"));
   const auto there = fs::file_size(downloads.path() + "/a song.bin.download");
   EXPECT_GT(there, 0U);
   EXPECT_LT(there, song.size());

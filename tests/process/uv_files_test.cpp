@@ -65,6 +65,8 @@ TEST_F(UvFilesTest, OnlyRegularFilesAreOpened) {
     EXPECT_EQ(code_of([&] { files.open_partial(".", refused); }), Errc::system) << refused;
     EXPECT_EQ(code_of([&] { files.finish_partial(".", refused, "to"); }), Errc::system) << refused;
   }
+  EXPECT_EQ(error_of([&] { files.read_whole("fifo", 100); }), "Not a regular file");
+  EXPECT_EQ(error_of([&] { files.save("sub", "x"); }), "Is a directory");
   EXPECT_EQ(files.read_whole("plain", 7), "content");
   EXPECT_EQ(files.read_whole(folder.path("plain"), 7), "content");
   EXPECT_EQ(code_of([&] { files.read_whole("plain", 6); }), Errc::out_of_memory);

@@ -1,43 +1,22 @@
 // What the tests of the real platform share: a loop with a deadline, sockets that record what
-// happens to them, and a temporary folder. Everything stays on loopback.
+// happens to them. Everything stays on loopback.
 #pragma once
 
 #include <sys/resource.h>
 
-#include <cstdlib>
-#include <filesystem>
 #include <functional>
 #include <memory>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
-#include "platform/error.h"
 #include "platform/uv/uv_loop.h"
 #include "platform/uv/uv_network.h"
+#include "support/doubles.h"
+#include "support/temporary_folder.h"
 
 namespace velmora::uv {
 
 inline constexpr int kDeadlineMs = 20'000;  // reached only by a test that fails
-
-class TemporaryFolder {
- public:
-  TemporaryFolder() {
-    std::string name = (std::filesystem::temp_directory_path() / "velmora-test-XXXXXX").string();
-    if (mkdtemp(name.data()) == nullptr) std::abort();
-    path_ = name;
-  }
-  ~TemporaryFolder() { std::filesystem::remove_all(path_); }
-  TemporaryFolder(const TemporaryFolder&) = delete;
-  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
-  [[nodiscard]] std::string path(const std::string& below = "") const {
-    return below.empty() ? path_ : path_ + "/" + below;
-  }
-
- private:
-  std::string path_;
-};
 
 // Lowers a limit of the process while it lives.
 class ResourceLimit {
@@ -122,14 +101,5 @@ class Port : public ListenerEvents {
     if (after_accept) after_accept();
   }
 };
-
-inline Errc code_of(const std::function<void()>& call) {
-  try {
-    call();
-  } catch (const PlatformError& error) {
-    return error.code();
-  }
-  throw std::logic_error("no error was raised");
-}
 
 }  // namespace velmora::uv

@@ -1,14 +1,10 @@
 // The real desktop program, on Qt's offscreen screen: what only the whole of it can show.
 #include <gmock/gmock.h>
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <memory>
 
 #include "process/program.h"
@@ -56,36 +52,22 @@ std::unique_ptr<Program> velmora(const TemporaryFolder& profile,
   return std::make_unique<Program>(arguments);
 }
 
-struct Answer {
-  int status;
-  std::string output;
-};
-
-Answer ask(const TemporaryFolder& profile, std::vector<std::string> words) {
-  std::vector<std::string> arguments = {"velmora-cli", "--profile", profile.path()};
-  arguments.insert(arguments.end(), words.begin(), words.end());
-  Program program(arguments);
-  const int status = program.wait();
-  return {status, program.output()};
-}
-
 TEST(Velmora, NeedsADisplayOnlyForItsWindow) {
   const Variable no_x{"DISPLAY", nullptr}, no_wayland{"WAYLAND_DISPLAY", nullptr},
       no_choice{"QT_QPA_PLATFORM", nullptr};
   for (const auto& [option, answer] : std::vector<std::pair<std::string, std::string>>{
            {"--version", "velmora 0."}, {"--help", "--minimized"}}) {
-    Program program({"velmora", option});
-    EXPECT_EQ(program.wait(), 0);
-    EXPECT_THAT(program.output(), HasSubstr(answer));
+    const Outcome outcome = run({"velmora", option});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_THAT(outcome.output, HasSubstr(answer));
   }
   TemporaryFolder profile;
   for (const char* display : {"", ":31234"}) {
     const Variable unreachable{"DISPLAY", display};
-    Program program({"velmora", "--profile", profile.path()});
-    EXPECT_EQ(program.wait(), 1);
-    EXPECT_THAT(program.errors(), HasSubstr("velmorad"));
-    EXPECT_EQ(std::count(program.errors().begin(), program.errors().end(), '\n'), 1)
-        << program.errors();
+    const Outcome outcome = run({"velmora", "--profile", profile.path()});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(outcome.errors, HasSubstr("velmorad"));
+    EXPECT_EQ(std::count(outcome.errors.begin(), outcome.errors.end(), '\n'), 1) << outcome.errors;
   }
   EXPECT_TRUE(std::filesystem::is_empty(profile.path()));
 }
@@ -104,9 +86,9 @@ TEST(Velmora, TellsWhatIsWrongWithItsOptions) {
       arguments.insert(arguments.end(), {"--profile", profile.path()});
     }
     arguments.insert(arguments.end(), options.begin(), options.end());
-    Program program(arguments);
-    EXPECT_NE(program.wait(), 0) << part;
-    EXPECT_THAT(program.errors(), HasSubstr(part));
+    const Outcome outcome = run(arguments);
+    EXPECT_NE(outcome.status, 0) << part;
+    EXPECT_THAT(outcome.errors, HasSubstr(part));
   }
 }
 
@@ -128,52 +110,22 @@ TEST(Velmora, IsDrivenByTheCommandAndEndsInOrder) {
     EXPECT_THAT(ask(profile, {"get", "max_in_host"}).output, HasSubstr("7"));
     ends[i](*program, profile);
     EXPECT_EQ(program->wait(), 0) << program->errors();
-    std::ifstream settings(profile.path() + "/settings.toml");
-    const std::string saved{std::istreambuf_iterator<char>(settings), {}};
-    EXPECT_THAT(saved, HasSubstr("maxdown = \"" + std::to_string(40 + i) + "\""));
+    EXPECT_THAT(content(profile.path() + "/settings.toml"),
+                HasSubstr("maxdown = \"" + std::to_string(40 + i) + "\""));
     EXPECT_FALSE(std::filesystem::exists(profile.path() + "/control.sock"));
   }
 }
-
-// A face that hears of the first program's window.
-class Watch {
- public:
-  explicit Watch(const std::string& profile) : fd_(socket(AF_UNIX, SOCK_STREAM, 0)) {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    (profile + "/control.sock").copy(address.sun_path, sizeof address.sun_path - 1);
-    const timeval patience{10, 0};
-    setsockopt(fd_, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
-    EXPECT_EQ(connect(fd_, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
-    const std::string wish =
-        R"({"jsonrpc":"2.0","id":1,"method":"subscribe","params":{"controls":["frmMain"]}})"
-        "\n";
-    EXPECT_EQ(write(fd_, wish.data(), wish.size()), static_cast<ssize_t>(wish.size()));
-    EXPECT_THAT(line(), HasSubstr("result"));
-  }
-  ~Watch() { close(fd_); }
-  Watch(const Watch&) = delete;
-  Watch& operator=(const Watch&) = delete;
-
-  std::string line() {
-    std::string text;
-    char byte = 0;
-    while (read(fd_, &byte, 1) == 1 && byte != '\n') text += byte;
-    return text;
-  }
-
- private:
-  int fd_;
-};
 
 TEST(Velmora, SecondStartRaisesTheFirstWindowAndLeavesTheRestAlone) {
   const Screen screen;
   TemporaryFolder profile;
   const auto first = velmora(profile, {"--minimized"});
   ASSERT_TRUE(first->wait_for_line("runs on profile")) << first->errors();
-  Watch watch(profile.path());
+  Control watch(profile);
+  watch.say("subscribe", R"({"controls":["frmMain"]})");
+  EXPECT_THAT(watch.line(10'000), HasSubstr("result"));
   const auto second = velmora(profile);
-  EXPECT_THAT(watch.line(), HasSubstr("frmMain"));
+  EXPECT_THAT(watch.line(10'000), HasSubstr("frmMain"));
   EXPECT_TRUE(second->wait_for_error_line("already")) << second->errors();
   second->signal(SIGTERM);  // its message box stays open until somebody closes it
   EXPECT_EQ(second->wait(), 1);

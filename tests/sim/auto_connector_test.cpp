@@ -4,6 +4,7 @@
 
 #include <map>
 
+#include "cache_rows.h"
 #include "servent_rig.h"
 
 namespace velmora::sim {
@@ -15,31 +16,22 @@ using testing::IsEmpty;
 // Milliseconds after the press -> the rows that were tried then.
 using Attempts = std::map<std::int64_t, std::vector<int>>;
 
-class CacheRig {
+class CacheRig : public ServentRig {
  public:
-  CacheRig(int rows, const std::string& max_out) : host(world.add_host("10.0.0.1")) {
-    world.add_host("10.0.0.2");
-    world.add_host("10.0.0.3");
-    std::string file = "\"Rows in this file:\"," + std::to_string(rows) +
-                       "\r\n\"Format: Row #, IP, Port, DNS, Files, Size, Date Ponged, Date DNS\""
-                       "\r\n";
-    for (int row = 1; row <= rows; ++row) {
-      const std::string number = std::to_string(row);
-      file += number + ",\"" + address(row) + "\"," + std::to_string(port(row)) + ",\"host" +
-              number + ".example\",0,0,#2000-06-30 14:00:00#,#2000-06-30 14:00:00#\r\n";
-    }
-    host.files().put("Velmora_cache.dat", file);
-    ServentOptions options;
-    options.set = {{"max_out_host", max_out}, {"max_in_host", "5"}};
-    options.echo_log = [this](const std::string& line) { log.push_back(line); };
-    servent = std::make_unique<Servent>(host.platform(), std::move(options));
-    servent->start();
+  CacheRig(int rows, const std::string& max_out)
+      : ServentRig({{"max_out_host", max_out}, {"max_in_host", "5"}}, 1, [&](SimHost& of) {
+          std::vector<CacheRow> all;
+          for (int row = 1; row <= rows; ++row) {
+            all.push_back({address(row), port(row), "host" + std::to_string(row) + ".example"});
+          }
+          of.files().put(kCacheFileName, cache_file(all));
+          return of.platform();
+        }) {
     world.record();
   }
 
   static std::string address(int row) { return "1.0.0." + std::to_string(row); }
   static int port(int row) { return 7000 + row; }
-  Form& form() { return servent->form(); }
   bool running() { return !form().connect_auto.enabled(); }
 
   void press() {
@@ -58,12 +50,6 @@ class CacheRig {
     }
     return out;
   }
-  std::unique_ptr<RawPeer> incoming(const std::string& from) {
-    auto peer = world.connect_raw(from, "10.0.0.1", 6346);
-    peer->send(kHello);
-    EXPECT_TRUE(world.run_until([&] { return peer->received() == kWelcome; }, 1000));
-    return peer;
-  }
   // From now on the host of this row accepts connections.
   void accept_at(int row) {
     world.add_host(address(row));
@@ -71,10 +57,6 @@ class CacheRig {
                      [](RawPeer& peer) { peer.send(kWelcome); });
   }
 
-  SimWorld world;
-  SimHost& host;
-  std::vector<std::string> log;
-  std::unique_ptr<Servent> servent;
   std::int64_t pressed_us = 0;
 };
 
@@ -121,7 +103,7 @@ TEST(AutoConnector, TriesABatchEveryFiveSeconds) {
     rig.world.run_for(22'000 - c.stops_ms);
     EXPECT_EQ(rig.running(), c.stops_ms == 0);
     EXPECT_EQ(rig.attempts(), c.tried);
-    EXPECT_EQ(rig.form().StatusBar.panel(1).find("lready"), std::string::npos);
+    EXPECT_EQ(rig.status_bar().find("lready"), std::string::npos);
   }
 }
 
@@ -159,8 +141,8 @@ TEST(AutoConnector, EndsWhenEnoughStandInEitherDirection) {
   rig.accept_at(1);
   rig.press();
   rig.world.run_for(1000);
-  EXPECT_EQ(rig.form().lHosts.cell(1, 4), "Connected");
-  auto peer = rig.incoming("10.0.0.2");
+  EXPECT_EQ(rig.host_status(1), "Connected");
+  auto peer = rig.connected_peer("10.0.0.2");
   rig.world.run_until([&] { return !rig.running(); }, 10'000);
   EXPECT_EQ(rig.world.now_us(), rig.pressed_us + 5'000'000);
   rig.world.run_for(7000);  // the silence time-out, 25 s, is still far
@@ -235,27 +217,19 @@ TEST(AutoConnector, ALargeBatchTakesSeveralTurns) {
   EXPECT_EQ(tried_at_once(ended), tried);
 }
 
-TEST(AutoConnector, RestsWhenTheProgramEnds) {
-  CacheRig rig(12, "4");
-  rig.press();
-  rig.servent->shutdown();
-  rig.world.run_for(20'000);
-  EXPECT_EQ(rig.attempts(), (Attempts{{0, {1, 2, 3, 4}}}));
-}
-
 TEST(CacheList, ADoubleClickConnectsAndShowsTheResult) {
   CacheRig rig(3, "2");
   rig.accept_at(2);
   rig.world.run_for(1000);
   rig.form().StatusBar.set_panel(1, "before");
   rig.form().lcache.activate(2);
-  EXPECT_EQ(rig.form().StatusBar.panel(1), "");
-  EXPECT_EQ(rig.form().lHosts.cell(1, 4), "Requesting to Connect");
+  EXPECT_EQ(rig.status_bar(), "");
+  EXPECT_EQ(rig.host_status(1), "Requesting to Connect");
   EXPECT_EQ(rig.form().lHosts.cell_tooltip(1, 1), "1.0.0.2:7002  host2.example");
   rig.world.run_for(100);
-  EXPECT_EQ(rig.form().lHosts.cell(1, 4), "Connected");
+  EXPECT_EQ(rig.host_status(1), "Connected");
   rig.form().lcache.activate(2);
-  EXPECT_EQ(rig.form().StatusBar.panel(1), "Already connected to this host.");
+  EXPECT_EQ(rig.status_bar(), "Already connected to this host.");
   EXPECT_EQ(rig.form().lHosts.rows(), 1U);
 }
 
@@ -263,7 +237,7 @@ TEST(CacheList, ADoubleClickBringsNamesUpToDate) {
   CacheRig rig(3, "2");
   rig.world.add_host("1.0.0.3");
   rig.world.run_for(5100);  // between two passes of the timer
-  auto peer = rig.incoming("1.0.0.3");
+  auto peer = rig.connected_peer("1.0.0.3");
   EXPECT_THAT(rig.form().lHosts.cell_tooltip(1, 1), testing::EndsWith("  "));
   rig.form().lcache.activate(2);
   rig.world.run_for(100);

@@ -167,16 +167,6 @@ TEST_F(DnsAutoUpdateTest, RecordsMayGoWhileTheirAnswersAreUnderWay) {
   EXPECT_THAT(first.names(), ElementsAre("two.example"));
 }
 
-TEST_F(DnsAutoUpdateTest, WithoutAServerNamesStayAsTheyAre) {
-  form.dns_ser.set_text("");
-  fill({"2.2.2.2 cached.example"});
-  first.records = {{"1.1.1.1", "?"}, {"2.2.2.2", "?"}};
-  world.run_for(60'000);
-  EXPECT_THAT(first.names(), ElementsAre("?", "cached.example"));
-  EXPECT_THAT(dns.queries(), IsEmpty());
-  EXPECT_THAT(log.lines, IsEmpty());
-}
-
 // 200,000 records: a turn looks at a few of them, one pass asks a bounded number of questions, and
 // walks are half a second apart however fast the answers come.
 TEST_F(DnsAutoUpdateTest, AGreatManyRecordsAreWalkedInSlices) {

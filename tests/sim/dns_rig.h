@@ -13,14 +13,9 @@
 #include "net/dns_scan.h"
 #include "net/host_cache.h"
 #include "platform/sim/sim_world.h"
+#include "support/doubles.h"
 
 namespace velmora::sim {
-
-class LinesLog : public DebugLog {
- public:
-  void debug_log(std::string_view text) override { lines.emplace_back(text); }
-  std::vector<std::string> lines;
-};
 
 struct DnsRig {
   explicit DnsRig(const std::string& server = "10.0.0.53") { form.dns_ser.set_text(server); }
@@ -50,7 +45,7 @@ struct DnsRig {
   EventLoop& loop = host.platform().loop;
   SimDnsClient& dns = host.dns();
   Form form;
-  LinesLog log;
+  Lines log;
   FilterArray filter;
   HostCache cache{loop, filter, log};
   DnsLookups lookups{host.dns(), form};

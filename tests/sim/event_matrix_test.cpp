@@ -1,11 +1,8 @@
-// Every event of a message connection in every state that its slot can have, two of them in a row;
-// and how often a query is delivered in a mesh, where nothing suppresses the copies.
+// Every event of a message connection in every state that its slot can have, two of them in a row.
 #include <functional>
-#include <map>
 
 #include "net/message_connections.h"
 #include "net/routing_table.h"
-#include "platform/number.h"
 #include "servent_rig.h"
 
 namespace velmora::sim {
@@ -174,60 +171,6 @@ TEST(EventMatrix, WhateverComesTheFreeTimerWins) {
       }
     }
   }
-}
-
-// A query goes on along every walk that does not turn round at once, as long as its TTL lasts.
-std::uint64_t walks(const std::vector<std::vector<std::size_t>>& graph, std::size_t from, int ttl) {
-  std::map<std::pair<std::size_t, std::size_t>, std::uint64_t> ends;
-  for (const std::size_t to : graph[from]) ends[{from, to}] = 1;
-  std::uint64_t deliveries = 0;
-  for (int step = 1; step <= ttl; ++step) {
-    std::map<std::pair<std::size_t, std::size_t>, std::uint64_t> next;
-    for (const auto& [edge, count] : ends) {
-      deliveries += count;
-      for (const std::size_t to : graph[edge.second]) {
-        if (to != edge.first) next[{edge.second, to}] += count;
-      }
-    }
-    ends = std::move(next);
-  }
-  return deliveries;
-}
-
-TEST(EventMatrix, AQueryInAMeshIsDeliveredOnceForEveryWalk) {
-  constexpr std::size_t kNodes = 20;
-  constexpr int kTtl = 7;
-  SimWorld world;
-  std::vector<std::unique_ptr<Servent>> servents;
-  std::vector<std::vector<std::size_t>> graph(kNodes);
-  const auto address = [](std::size_t i) { return "24.0.0." + std::to_string(i + 1); };
-  for (std::size_t i = 0; i < kNodes; ++i) {
-    ServentOptions options;
-    options.set = {{"ttlMax_config", std::to_string(kTtl)}, {"max_in_host", "20"}};
-    servents.push_back(
-        std::make_unique<Servent>(world.add_host(address(i)).platform(), std::move(options)));
-    servents.back()->start();
-  }
-  for (std::size_t i = 0; i < kNodes; ++i) {
-    for (const std::size_t offset : {1U, 2U, 10U}) {
-      const std::size_t to = (i + offset) % kNodes;
-      if (offset == 10 && to < i) continue;
-      graph[i].push_back(to);
-      graph[to].push_back(i);
-      servents[i]->form().new_host.enter(address(to));
-    }
-  }
-  world.run_for(1000);
-  servents[0]->form().Tsearch.enter("blue");
-  world.run_for(2000);
-  double delivered = 0;
-  for (const auto& servent : servents) {
-    delivered += val(servent->form().search_stat.text());
-    const ServentParts parts = servent->parts();
-    for (std::size_t i = 1; i <= 5; ++i) EXPECT_EQ(parts.connections.unsent(i), 0U);
-  }
-  EXPECT_EQ(delivered, static_cast<double>(walks(graph, 0, kTtl)));
-  EXPECT_GT(delivered, 20'000);
 }
 
 }  // namespace

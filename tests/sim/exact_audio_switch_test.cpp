@@ -1,7 +1,6 @@
 // The switch "Exact audio": what a scan of the shared files finds in music.
 #include <gtest/gtest.h>
 
-#include "app/control_verbs.h"
 #include "servent_rig.h"
 #include "share/shared_list_file.h"
 
@@ -18,19 +17,19 @@ TEST(ExactAudioSwitch, TheNextScanReadsAsTheSwitchStands) {
   rig.host.files().put("/share/song.mp3", tag + frame + frame);
   rig.host.files().put("/share/text.mp3", "no music");
   rig.form().upload_config.enter("/share");
-  const auto scan = [&](const char* exact) {
-    set_from_text(named_control(rig.form(), "exact_audio_behaviour"), exact);
+  const auto scan = [&](bool exact) {
+    rig.turn("exact_audio", exact);
     rig.form().scan_config.click();
     rig.world.run_for(100);
     return rig.host.files().content(kSharedListFile);
   };
-  const std::string classic = scan("off");
+  const std::string classic = scan(false);
   EXPECT_NE(classic.find("song.mp3\00144100\001320000"), std::string::npos);
-  const std::string exact = scan("on");
+  const std::string exact = scan(true);
   EXPECT_NE(exact.find("song.mp3\00148000\001128000"), std::string::npos);
   EXPECT_NE(exact.find("text.mp3\001\001"), std::string::npos);
   EXPECT_EQ(rig.logged("Get_mp3_info: Invalid procedure call or argument"), 2);
-  EXPECT_EQ(scan("off"), classic);
+  EXPECT_EQ(scan(false), classic);
 }
 
 }  // namespace

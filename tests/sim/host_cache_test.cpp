@@ -3,56 +3,37 @@
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 
-#include <algorithm>
 #include <array>
 
+#include "cache_rows.h"
 #include "servent_rig.h"
 
 namespace velmora::sim {
 namespace {
 
-constexpr const char* kFile = "Velmora_cache.dat";
-
-std::string cache_row(std::size_t row, const std::string& address, const std::string& name = "?") {
-  return fmt::format("{},\"{}\",6346,\"{}\",1,2,#2000-06-30 14:05:00#,#2000-06-29 01:02:03#\r\n",
-                     row, address, name);
-}
-
-// A file of hosts 4.0.0.1, 4.0.0.2 and so on, row 1 first.
-std::string cache_file(std::size_t rows) {
-  std::string text = fmt::format(
-      "\"Rows in this file:\",{}\r\n\"Format: Row #, IP, Port, DNS, Files, Size, Date Ponged, "
-      "Date DNS\"\r\n",
-      rows);
+// Hosts 4.0.0.1, 4.0.0.2 and so on, row 1 first.
+std::string some_hosts(std::size_t rows) {
+  std::vector<CacheRow> all;
   for (std::size_t row = 1; row <= rows; ++row) {
-    text += cache_row(row, fmt::format("4.0.{}.{}", row / 256, row % 256),
-                      fmt::format("host{}.example", row));
+    all.push_back({fmt::format("4.0.0.{}", row), 6346, fmt::format("host{}.example", row)});
   }
-  return text;
+  return cache_file(all);
 }
 
-// A servent that found this cache file at its start.
-class CacheRig {
+// A servent that found this cache file at its start, and a neighbour that sends pongs.
+class CacheRig : public ServentRig {
  public:
-  explicit CacheRig(const std::string& file = {}) : host(world.add_host("10.0.0.1")) {
-    world.add_host("10.0.0.2");
-    world.set_local_time({2026, 11, 21, 9, 0, 0});
-    if (!file.empty()) host.files().put(kFile, file);
-    start();
-    peer = world.connect_raw("10.0.0.2", "10.0.0.1", 6346);
-    world.run_for(10);
-    peer->send(kHello);
+  explicit CacheRig(const std::string& file = {})
+      : ServentRig({}, 1,
+                   [&](SimHost& of) {
+                     world.set_local_time({2026, 11, 21, 9, 0, 0});
+                     if (!file.empty()) of.files().put(kCacheFileName, file);
+                     return of.platform();
+                   }),
+        peer(connected_peer("10.0.0.2")) {
     world.run_for(1000);
   }
 
-  void start() {
-    ServentOptions options;
-    options.echo_log = [this](const std::string& line) { log.push_back(line); };
-    servent = std::make_unique<Servent>(host.platform(), std::move(options));
-    servent->start();
-  }
-
-  Form& form() { return servent->form(); }
   void send_pong(const std::array<int, 4>& address, std::uint32_t files, int ttl = 3,
                  int hops = 2) {
     std::string payload = "\xCB\x18";  // port 6347
@@ -82,10 +63,6 @@ class CacheRig {
     return all;
   }
 
-  SimWorld world;
-  SimHost& host;
-  std::vector<std::string> log;
-  std::unique_ptr<Servent> servent;
   std::unique_ptr<RawPeer> peer;
   int sent = 0;
 };
@@ -93,8 +70,8 @@ class CacheRig {
 using testing::ElementsAre;
 
 TEST(HostCache, MovesAHostThatPongsToTheTopAndKeepsItsName) {
-  CacheRig rig(cache_file(8));
-  EXPECT_EQ(rig.form().StatusBar.panel(1), "load_shared: No such file or directory");
+  CacheRig rig(some_hosts(8));
+  EXPECT_EQ(rig.status_bar(), "load_shared: No such file or directory");
   rig.send_pong({4, 0, 0, 7}, 32767);
   rig.send_pong({5, 6, 7, 8}, 0);
   rig.world.run_for(1000);
@@ -108,7 +85,7 @@ TEST(HostCache, MovesAHostThatPongsToTheTopAndKeepsItsName) {
   EXPECT_EQ(rig.form().lcache.cell(2, 1), "host7.example:6347");
   EXPECT_EQ(rig.form().lcache.cell(1, 1), "5.6.7.8:6347");
   rig.servent->shutdown();
-  EXPECT_THAT(rig.host.files().content(kFile),
+  EXPECT_THAT(rig.host.files().content(kCacheFileName),
               testing::HasSubstr("\r\n1,\"5.6.7.8\",6347,\"?\",0,0,#2026-11-21 09:00:01#,"
                                  "#1899-12-30 00:00:00#\r\n"
                                  "2,\"4.0.0.7\",6347,\"host7.example\",32767,32767000,"
@@ -116,7 +93,7 @@ TEST(HostCache, MovesAHostThatPongsToTheTopAndKeepsItsName) {
 }
 
 TEST(HostCache, ShowsPongsWithinASecondThoughTheyKeepComing) {
-  CacheRig rig(cache_file(1));
+  CacheRig rig(some_hosts(1));
   for (int i = 2; i <= 12; ++i) {
     rig.send_pong({4, 0, 0, i}, 1);
     rig.world.run_for(95);
@@ -126,32 +103,8 @@ TEST(HostCache, ShowsPongsWithinASecondThoughTheyKeepComing) {
   EXPECT_EQ(rig.form().lcache.rows(), 12U);
 }
 
-TEST(HostCache, StaysAsItWasWhenAPongHasMoreFilesThanItCanHold) {
-  CacheRig rig(cache_file(2));
-  rig.send_pong({4, 0, 0, 2}, 32768);
-  rig.send_pong({4, 0, 0, 9}, 32768);
-  rig.servent->shutdown();
-  EXPECT_EQ(rig.host.files().content(kFile), cache_file(2));
-  EXPECT_EQ(std::count(rig.log.begin(), rig.log.end(), "Error: set_cache_stat: Overflow"), 2);
-}
-
-TEST(HostCache, The10001stHostDropsTheOldest) {
-  CacheRig rig(cache_file(10000));
-  EXPECT_EQ(rig.form().lcache.rows(), 100U);
-  rig.form().cachemax_config.set_text("20000");
-  rig.send_pong({5, 6, 7, 8}, 1);
-  rig.world.run_for(1000);
-  EXPECT_EQ(rig.form().lcache.rows(), 10000U);
-  EXPECT_EQ(rig.form().lcache.cell(1, 1), "5.6.7.8:6347");
-  EXPECT_EQ(rig.form().lcache.cell(10000, 1), "4.0.39.15:6346");  // row 9999 of the file
-  rig.servent->shutdown();
-  const std::string saved = rig.host.files().content(kFile);
-  EXPECT_TRUE(saved.starts_with("\"Rows in this file:\",10000\r\n"));
-  EXPECT_TRUE(saved.ends_with(cache_row(10000, "4.0.39.15", "host9999.example")));
-}
-
 TEST(HostCache, ShowsAsManyRowsAsTheSettingAllows) {
-  CacheRig rig(cache_file(150));
+  CacheRig rig(some_hosts(150));
   struct Case {
     const char* most;
     std::size_t rows;
@@ -188,7 +141,7 @@ TEST(HostCache, FilterIsEditedByTheDropDownList) {
 }
 
 TEST(HostCache, RemovesTheSelectedRowElseTheFirst) {
-  CacheRig rig(cache_file(4));
+  CacheRig rig(some_hosts(4));
   Button& remove = rig.form().remove_cache;
   remove.click();
   EXPECT_THAT(rig.hosts(), ElementsAre("4.0.0.2:6346", "4.0.0.3:6346", "4.0.0.4:6346"));
@@ -204,7 +157,7 @@ TEST(HostCache, RemovesTheSelectedRowElseTheFirst) {
 }
 
 TEST(HostCache, IsClearedWhenThePersonSaysYes) {
-  CacheRig rig(cache_file(3));
+  CacheRig rig(some_hosts(3));
   SimScreen& screen = rig.host.screen();
   screen.answer_yes = false;
   rig.form().clear_cache.click();
@@ -218,24 +171,24 @@ TEST(HostCache, IsClearedWhenThePersonSaysYes) {
   screen.answer_yes = true;
   rig.form().clear_cache.click();
   EXPECT_EQ(rig.form().lcache.rows(), 0U);
-  EXPECT_EQ(rig.host.files().content(kFile), cache_file(3)) << "the file is for the end";
+  EXPECT_EQ(rig.host.files().content(kCacheFileName), some_hosts(3)) << "the file is for the end";
   rig.servent->shutdown();
-  EXPECT_EQ(rig.host.files().content(kFile), cache_file(0));
+  EXPECT_EQ(rig.host.files().content(kCacheFileName), some_hosts(0));
 }
 
 TEST(HostCache, SaysAtTheStartWhatWasWrongWithItsFile) {
-  CacheRig rig(cache_file(2) + "x");
-  EXPECT_EQ(rig.form().StatusBar.panel(1), "load_shared: No such file or directory");
-  std::string short_file = cache_file(2);
+  CacheRig rig(some_hosts(2) + "x");
+  EXPECT_EQ(rig.status_bar(), "load_shared: No such file or directory");
+  std::string short_file = some_hosts(2);
   short_file.resize(short_file.size() - 20);
   CacheRig cut(short_file);
-  EXPECT_EQ(cut.form().StatusBar.panel(1),
+  EXPECT_EQ(cut.status_bar(),
             "load_cache: Input past end of file; load_shared: No such file or directory");
   EXPECT_THAT(cut.hosts(), ElementsAre("4.0.0.1:6346"));
 }
 
 TEST(HostCache, AFullDiskAtTheEndIsToldAndLeavesTheOldFile) {
-  CacheRig rig(cache_file(2));
+  CacheRig rig(some_hosts(2));
   rig.send_pong({5, 6, 7, 8}, 1);
   rig.host.files().set_capacity(100);
   rig.servent->shutdown();
@@ -244,7 +197,7 @@ TEST(HostCache, AFullDiskAtTheEndIsToldAndLeavesTheOldFile) {
   EXPECT_EQ(boxes[0].icon, BoxIcon::critical);
   EXPECT_EQ(boxes[0].title, "Problems saving Cache list");
   EXPECT_EQ(boxes[0].text, "save_cache: No space left on device");
-  EXPECT_EQ(rig.host.files().content(kFile), cache_file(2));
+  EXPECT_EQ(rig.host.files().content(kCacheFileName), some_hosts(2));
   EXPECT_EQ(rig.host.screen().tray_tip, "") << "the shutdown went on";
 }
 

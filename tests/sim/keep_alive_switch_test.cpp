@@ -5,6 +5,7 @@
 #include <map>
 #include <set>
 
+#include "cache_rows.h"
 #include "servent_rig.h"
 
 namespace velmora::sim {
@@ -22,7 +23,7 @@ class KeepRig : public ServentRig {
                     {"max_out_host", max_out},
                     {"ttlMax_config", "5"}},
                    1, [&](SimHost& of) {
-                     of.files().put("Velmora_cache.dat", cache(cached));
+                     of.files().put(kCacheFileName, cache(cached));
                      return of.platform();
                    }) {
     world.record();
@@ -30,14 +31,9 @@ class KeepRig : public ServentRig {
 
   static std::string address(int row) { return "1.0.0." + std::to_string(row); }
   static std::string cache(int rows) {
-    std::string file = "\"Rows in this file:\"," + std::to_string(rows) +
-                       "\r\n\"Format: Row #, IP, Port, DNS, Files, Size, Date Ponged, Date DNS\""
-                       "\r\n";
-    for (int row = 1; row <= rows; ++row) {
-      file += std::to_string(row) + ",\"" + address(row) +
-              "\",6346,\"?\",0,0,#2000-06-30 14:00:00#,#2000-06-30 14:00:00#\r\n";
-    }
-    return file;
+    std::vector<CacheRow> all;
+    for (int row = 1; row <= rows; ++row) all.push_back({address(row)});
+    return cache_file(all);
   }
 
   // The host of this row accepts connections from now on.

@@ -25,25 +25,19 @@ bool in_cache(ServentRig& rig, const std::string& address) {
   return false;
 }
 
-void turn(ServentRig& rig, bool on) {
-  for (BehaviourBox& box : rig.form().behaviour_boxes) {
-    if (box.name() == "local_network_behaviour") box.set_checked(on);
-  }
-}
-
 TEST(LocalNetworkSwitch, AnnouncesTheMessagePortWhileItIsOn) {
   ServentRig rig;
   const SimLocalServices& local = rig.host.local_services();
   EXPECT_EQ(local.port(), 0);
-  turn(rig, true);
+  rig.turn("local_network", true);
   EXPECT_EQ(local.port(), 6346);
   EXPECT_EQ(local.name(), "Velmora 10.0.0.1:6346");
   rig.form().port_config.enter("7000");
   rig.world.run_for(5000);
   EXPECT_EQ(local.port(), 7000);
-  turn(rig, false);
+  rig.turn("local_network", false);
   EXPECT_EQ(local.port(), 0);
-  turn(rig, true);
+  rig.turn("local_network", true);
   rig.servent->shutdown();
   EXPECT_EQ(local.port(), 0);
 }

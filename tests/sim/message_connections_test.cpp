@@ -1,9 +1,6 @@
 #include <gmock/gmock.h>
 
-#include <array>
-#include <random>
-
-#include "app/form_debug_log.h"
+#include "late_machine.h"
 #include "net/message_connections.h"
 #include "servent_rig.h"
 
@@ -20,14 +17,6 @@ std::int64_t accepted_at(ServentRig& rig, std::size_t row) {
 std::int64_t time_of_status(ServentRig& rig, std::size_t row, const std::string& status) {
   EXPECT_TRUE(rig.world.run_until([&] { return rig.host_status(row) == status; }, 60000)) << status;
   return rig.world.now_us();
-}
-
-TEST(MessageConnections, AnswersAHandshakeThatComesWholeAndAlone) {
-  ServentRig rig;
-  auto peer = rig.connected_peer("10.0.0.2");
-  EXPECT_EQ(rig.host_status(1), "Connected");
-  EXPECT_EQ(rig.form().lHosts.cell(1, 2), "In");
-  EXPECT_EQ(rig.logged("Connected IN to: 10.0.0.2 on port: "), 1);
 }
 
 TEST(MessageConnections, IgnoresEveryOtherHandshake) {
@@ -70,26 +59,6 @@ TEST(MessageConnections, DropsASilentPeerAtItsFifthTick) {
   EXPECT_FALSE(peer->closed_by_peer());
   EXPECT_EQ(time_of_status(rig, 1, "Sock freed") - dropped, 5'000'000);
   rig.world.run_for(2);
-  EXPECT_TRUE(peer->closed_by_peer());
-}
-
-TEST(MessageConnections, DataStartsTheSilenceAnew) {
-  ServentRig rig;
-  auto peer = rig.connected_peer("10.0.0.2");
-  time_of_status(rig, 1, "Waiting..4");
-  rig.world.run_for(4000);
-  peer->send(descriptor("a", 64, 1, 0, ""));
-  rig.world.run_for(1);
-  EXPECT_EQ(rig.host_status(1), "Connected");
-  const std::int64_t data = rig.world.now_us();
-  EXPECT_EQ(time_of_status(rig, 1, "No Data, Disconnecting") - data, 25'000'000);
-}
-
-TEST(MessageConnections, RefusesAtTheInboundLimitAfterTheAccept) {
-  ServentRig rig(ServentRig::Fields{{"max_in_host", "0"}});
-  auto peer = rig.world.connect_raw("10.0.0.2", "10.0.0.1", 6346);
-  rig.world.run_for(10);
-  EXPECT_EQ(rig.host_status(1), "Sock freed");
   EXPECT_TRUE(peer->closed_by_peer());
 }
 
@@ -158,20 +127,6 @@ TEST(MessageConnections, ConnectsOut) {
   EXPECT_EQ(rig.host_status(1), "Sock freed");
 }
 
-TEST(MessageConnections, TypedHostsThatAreNone) {
-  const std::vector<std::pair<std::string, std::string>> table = {
-      {"1.2.3", "Not a valid IP!, need 3 dots"},
-      {"1.2.3.256:99", "Not a valid IP!, > 255"},
-      {"nonsense", "Not a valid IP!, need 3 dots"},
-  };
-  ServentRig rig;
-  for (const auto& [typed, text] : table) {
-    rig.form().new_host.enter(typed);
-    EXPECT_EQ(rig.status_bar(), text) << typed;
-  }
-  EXPECT_EQ(rig.form().lHosts.rows(), 0U);
-}
-
 TEST(MessageConnections, ReportsHostsThatDoNotAnswer) {
   struct Case {
     const char* typed;
@@ -205,22 +160,6 @@ TEST(MessageConnections, AClosedPeerIsFreedLaterAndItsSlotUsedAgain) {
   EXPECT_EQ(rig.form().lHosts.rows(), 3U);
 }
 
-TEST(MessageConnections, AFileRequestOnTheMessagePortIsLoggedOnly) {
-  ServentRig rig;
-  auto peer = rig.connected_peer("10.0.0.2");
-  peer->send("GET /get/1/a HTTP\r\n\r\n");
-  rig.world.run_for(10);
-  EXPECT_EQ(rig.logged("Request a file of mine on msg port: GET /get/1/a HTTP\\x0D\\x0A"), 1);
-  peer->send("GET " + std::string(65'532, '\x1B'));
-  rig.world.run_for(10);
-  const std::string& shown = rig.form().frmDebug.text();
-  EXPECT_NE(shown.find("msg port: GET \\x1B\\x1B"), std::string::npos);
-  EXPECT_EQ(shown.find('\x1B'), std::string::npos);
-  EXPECT_LE(shown.size(), 5000U);
-  EXPECT_EQ(peer->received(), "");
-  EXPECT_EQ(rig.counter(rig.form().net_stat), "0");
-}
-
 // While the rest of a large chunk waits for its turns, a person can still end the connection, and
 // nothing of the rest is handled.
 TEST(MessageConnections, HandlesALargeChunkInSlices) {
@@ -242,32 +181,14 @@ TEST(MessageConnections, HandlesALargeChunkInSlices) {
   }
 }
 
-// A machine on which every look at the clock takes a millisecond.
-class SlowMachine : public EventLoop {
- public:
-  explicit SlowMachine(EventLoop& loop) : loop_(loop) {}
-  std::unique_ptr<Timer> make_timer(int interval_ms, std::function<void()> on_tick) override {
-    return loop_.make_timer(interval_ms, std::move(on_tick));
-  }
-  void post(std::function<void()> continuation) override { loop_.post(std::move(continuation)); }
-  [[nodiscard]] std::int64_t now_ms() const override { return loop_.now_ms() + ++looks_; }
-  [[nodiscard]] LocalTime local_time() const override { return loop_.local_time(); }
-
- private:
-  EventLoop& loop_;
-  mutable std::int64_t looks_ = 0;
-};
-
 // Two neighbours flood at once: neither's chunk makes the other's wait to its end, nothing is lost.
 TEST(MessageConnections, ManyChunksShareATurn) {
   SimWorld world;
   SimHost& host = world.add_host("10.0.0.1");
   world.add_host("10.0.0.2");
-  Platform platform = host.platform();
-  SlowMachine loop(platform.loop);
-  Servent servent({loop, platform.network, platform.files, platform.boxes, platform.tray,
-                   platform.programs, platform.control, platform.dns},
-                  {});
+  LateMachine machine(host.platform());
+  machine.ms_a_look = 1;
+  Servent servent(machine.platform(), {});
   servent.start();
   std::vector<std::unique_ptr<RawPeer>> peers;
   for (int i = 0; i < 2; ++i) {
@@ -295,27 +216,6 @@ TEST(MessageConnections, ManyChunksShareATurn) {
   peers[0]->send("a short one");
   world.run_for(10);
   EXPECT_NE(servent.form().frmDebug.text().find("data < 23 bytes"), std::string::npos);
-}
-
-// A broadcast goes to these, however many slots have come and gone.
-TEST(MessageConnections, TheConnectedOnesAreThoseWhoseSlotsSaySo) {
-  SimWorld world;
-  Platform platform = world.add_host("10.0.0.1").platform();
-  Form form;
-  FormDebugLog log(form.frmDebug);
-  TrafficCounters counters;
-  RoutingTable routes;
-  MessageConnections connections(platform.loop, platform.network, form, log, counters, routes);
-  std::mt19937 random(5);
-  const std::array<std::int16_t, 4> states = {kOpening, kConnected, kClosing, kFreed};
-  for (int change = 0; change < 2000; ++change) {
-    connections.set_hosts_stat(1 + random() % 40, {.state = states[random() % states.size()]});
-    std::vector<std::size_t> expected;
-    for (std::size_t i = 1; i <= connections.connection_slots().upper_bound(); ++i) {
-      if (connections.connected(i)) expected.push_back(i);
-    }
-    ASSERT_THAT(connections.connected_ones(), testing::ElementsAreArray(expected)) << change;
-  }
 }
 
 TEST(Listeners, RefuseEqualPorts) {

@@ -66,7 +66,6 @@ class NetworkModel {
   void replay(const std::vector<sim::TranscriptEntry>& transcript,
               const std::vector<PersonAct>& acts, std::int64_t end_us);
 
-  [[nodiscard]] const Counters& counters() const { return counters_; }
   // Label name and the text it shows.
   [[nodiscard]] std::vector<std::pair<std::string, std::string>> labels() const;
   // "Sent/Recv/Drop" of rows 1 and up.

@@ -12,12 +12,6 @@ enum : int { kPushCode = 64, kQueryCode = 128, kHitCode = 129 };
 const std::string kTarget = "1.2.3.4";
 constexpr std::uint16_t kTargetPort = 50'000;
 
-std::string four(std::uint32_t value) {
-  std::string bytes;
-  for (unsigned shift = 0; shift < 32; shift += 8) bytes += static_cast<char>(value >> shift);
-  return bytes;
-}
-
 std::string hex(std::string_view bytes) {
   std::string text;
   for (const char c : bytes) {
@@ -57,7 +51,7 @@ class AskedRig : public ServentRig {
       if (address.find('.', at) == std::string::npos) break;
     }
     peer->send(descriptor("p", kPushCode, 4, 0,
-                          whom + four(file) + four_bytes + std::string("\x50\xC3", 2)));
+                          whom + little_endian(file, 4) + four_bytes + std::string("\x50\xC3", 2)));
     world.run_for(5);
   }
   std::size_t tries() const {
@@ -176,8 +170,9 @@ class AskingRig : public ServentRig {
                      return of.platform();
                    }),
         peer(connected_peer("10.0.0.2")) {
-    std::string payload = std::string("\x01\xC9\x18", 3) + address_bytes + four(56);
-    payload += four(7) + four(10) + "song.txt" + std::string(2, '\0') + kServent;
+    std::string payload = std::string("\x01\xC9\x18", 3) + address_bytes + little_endian(56, 4);
+    payload +=
+        little_endian(7, 4) + little_endian(10, 4) + "song.txt" + std::string(2, '\0') + kServent;
     peer->send(descriptor("h", kHitCode, 4, 0, payload));
     world.run_for(1100);
     form().lfound.activate(1);

@@ -15,12 +15,6 @@ struct HitFile {
   std::string name;
 };
 
-inline std::string little_endian(std::uint32_t value, int bytes) {
-  std::string text;
-  for (int i = 0; i < bytes; ++i) text += static_cast<char>(value >> (8 * i) & 255U);
-  return text;
-}
-
 // The address is 10.0.0.`host`.
 inline std::string query_hit(int host, const std::vector<HitFile>& files,
                              const std::string& guid = "a search") {

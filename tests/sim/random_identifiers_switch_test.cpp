@@ -4,7 +4,6 @@
 #include <cerrno>
 #include <set>
 
-#include "app/control_verbs.h"
 #include "protocol/conversions.h"
 #include "servent_rig.h"
 
@@ -15,10 +14,6 @@ constexpr const char* kFile = "Velmora_identifier.txt";
 
 ServentRig::Fields fields(bool on) {
   return {{"max_in_host", "20"}, {"random_identifiers_behaviour", on ? "on" : "off"}};
-}
-
-void turn(ServentRig& rig, const char* to) {
-  set_from_text(named_control(rig.form(), "random_identifiers_behaviour"), to);
 }
 
 // The identifiers of a query and two pings, all of one second.
@@ -75,7 +70,7 @@ TEST(RandomIdentifiersSwitch, OffTheyAreOfTheHourAndTheSecond) {
   ServentRig rig(fields(true));
   const auto peer = rig.connected_peer("10.0.0.2");
   rig.world.set_local_time({2001, 2, 3, 13, 5, 7});
-  turn(rig, "off");
+  rig.turn("random_identifiers", false);
   EXPECT_THAT(identifiers(rig, *peer), testing::Each("1371234567890123"));
   EXPECT_EQ(rig.logged("Re-Using a GUID?"), 2);
 }
@@ -89,10 +84,10 @@ TEST(RandomIdentifiersSwitch, TheServentsOwnIsKeptInItsProfile) {
   const std::string kept = first.host.files().content(kFile);
   EXPECT_EQ(kept, guid_text(own) + "\n");
 
-  turn(first, "off");
+  first.turn("random_identifiers", false);
   const std::string classic = identifier_in_hit(first, *peer);
   EXPECT_EQ(classic.find_first_not_of("0123456789"), std::string::npos);
-  turn(first, "on");
+  first.turn("random_identifiers", true);
   EXPECT_EQ(identifier_in_hit(first, *peer), own);
 
   ServentRig again(fields(true), 99, with_file(kept));
@@ -127,7 +122,7 @@ TEST(RandomIdentifiersSwitch, AFileWithoutAnIdentifierIsReplaced) {
 TEST(RandomIdentifiersSwitch, AFileThatCannotBeReadIsLeftAlone) {
   ServentRig rig(fields(false), 1, with_file("anything"));
   rig.host.files().fail_next(1, EACCES);
-  turn(rig, "on");
+  rig.turn("random_identifiers", true);
   EXPECT_EQ(rig.logged("servent_identifier: Permission denied"), 1);
   EXPECT_EQ(rig.host.files().content(kFile), "anything");
   const auto peer = rig.connected_peer("10.0.0.2");
@@ -139,7 +134,7 @@ TEST(RandomIdentifiersSwitch, OneThatCannotBeSavedIsUsedWhileTheProgramRuns) {
   const auto peer = rig.connected_peer("10.0.0.2");
   hit_of(rig, *peer);
   rig.host.files().set_capacity(0);
-  turn(rig, "on");
+  rig.turn("random_identifiers", true);
   EXPECT_EQ(rig.logged("servent_identifier: No space left on device"), 1);
   const std::string own = identifier_in_hit(rig, *peer);
   EXPECT_EQ(own[8], '\xFF');

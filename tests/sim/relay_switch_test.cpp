@@ -190,9 +190,7 @@ TEST(RelaySwitch, TurnedOnItKnowsTheSearchesFromBefore) {
   rig.form().Tsearch.enter("abc");
   rig.world.run_for(5);
   rig.take_all();
-  for (BehaviourBox& box : rig.form().behaviour_boxes) {
-    if (box.name() == "relay_behaviour") box.set_checked(true);
-  }
+  rig.turn("relay", true);
   rig.from(rig.a, hit("9012345678901234", "abc.mp3"));
   rig.world.run_for(1100);
   EXPECT_EQ(rig.form().totalsearch.text(), "1");
@@ -213,9 +211,7 @@ TEST(RelaySwitch, TurnedOffItForgetsAndIsClassicAgain) {
   rig.from(rig.b, hit("q", "abc.mp3"));
   EXPECT_EQ(rig.form().totalsearch.text(), "1");
   rig.form().behaviour.choose(kOwnChoice);
-  for (BehaviourBox& box : rig.form().behaviour_boxes) {
-    if (box.name() == "relay_behaviour") box.click();
-  }
+  rig.turn("relay", true);
   rig.take_all();
   rig.from(rig.b, hit("q", "abc.mp3"));
   EXPECT_EQ(rig.take_all(), "");

@@ -5,7 +5,7 @@
 namespace velmora::sim {
 namespace {
 
-enum : int { kPingCode = 0, kPongCode = 1, kPushCode = 64, kQueryCode = 128, kHitCode = 129 };
+enum : int { kPingCode = 0, kPongCode = 1, kQueryCode = 128 };
 
 const std::string kPongPayload("\xCA\x18\x0A\x00\x00\x09\x05\x00\x00\x00\x64\x00\x00\x00", 14);
 
@@ -67,67 +67,6 @@ TEST(Routing, TtlAndHopRules) {
   }
 }
 
-TEST(Routing, PongsFindTheirWayBack) {
-  ServentRig rig(open_doors());
-  Peers peers(rig);
-  peers.a->send(descriptor("asked by a", kPingCode, 3, 0, ""));
-  rig.world.run_for(5);
-  peers.a->take();
-  peers.b->take();
-  peers.c->take();
-  peers.b->send(descriptor("asked by a", kPongCode, 4, 0, kPongPayload));
-  peers.b->send(descriptor("asked by nobody", kPongCode, 4, 0, kPongPayload));
-  rig.world.run_for(5);
-  EXPECT_EQ(peers.a->take(), descriptor("asked by a", kPongCode, 3, 1, kPongPayload));
-  EXPECT_EQ(peers.c->take(), "");
-  EXPECT_EQ(rig.counter(rig.form().pong_stat), "2 / 1");
-  EXPECT_EQ(rig.form().route_stat.text(), "1");
-
-  // Its entry is blanked when the asker goes.
-  peers.a->close();
-  rig.world.run_for(5);
-  peers.b->send(descriptor("asked by a", kPongCode, 4, 0, kPongPayload));
-  EXPECT_EQ(rig.counter(rig.form().pong_stat), "3 / 1");
-  EXPECT_EQ(rig.form().route_stat.text(), "2");
-}
-
-// What goes to all and what goes to one keep their order on every connection.
-TEST(Routing, KeepsTheOrderOfAChunk) {
-  ServentRig rig(open_doors());
-  Peers peers(rig);
-  peers.b->send(descriptor("asked by b", kPingCode, 3, 0, ""));
-  rig.world.run_for(5);
-  for (auto* peer : {&peers.a, &peers.b, &peers.c}) (*peer)->take();
-  const auto query = [](const char* name, int ttl, int hops) {
-    return descriptor(name, kQueryCode, ttl, hops, std::string("\0\0abc\0", 6));
-  };
-  peers.a->send(query("one", 4, 0) + descriptor("ping", kPingCode, 4, 0, "") +
-                descriptor("asked by b", kPongCode, 4, 0, kPongPayload) + query("two", 4, 0));
-  rig.world.run_for(5);
-  const std::string before = query("one", 3, 1) + descriptor("ping", kPingCode, 3, 1, "");
-  const std::string pong = descriptor("asked by b", kPongCode, 3, 1, kPongPayload);
-  EXPECT_EQ(peers.b->take(), before + pong + query("two", 3, 1));
-  EXPECT_EQ(peers.c->take(), before + query("two", 3, 1));
-  EXPECT_EQ(rig.host_counts(2), "4/1/0");
-  EXPECT_EQ(rig.host_counts(3), "4/0/0");
-  EXPECT_EQ(rig.counter(rig.form().ping_stat), "2 / 4");
-}
-
-TEST(Routing, ThePongsOfOurOwnPingsEndHere) {
-  ServentRig rig(open_doors());
-  Peers peers(rig);
-  rig.world.set_local_time({2000, 6, 30, 13, 5, 7});
-  rig.form().more_cache.click();
-  EXPECT_EQ(rig.status_bar(), "Sent Ping to Socket: 1");
-  rig.world.run_for(5);
-  EXPECT_EQ(peers.a->take(), descriptor("1371234567890123", kPingCode, 5, 0, ""));
-  peers.a->send(descriptor("1371234567890123", kPongCode, 4, 0, kPongPayload));
-  rig.world.run_for(5);
-  EXPECT_EQ(rig.counter(rig.form().mypong_stat), "1 / 0");
-  EXPECT_EQ(rig.form().myping_stat.text(), "0 / 1");
-  EXPECT_EQ(peers.b->take() + peers.c->take(), "");
-}
-
 TEST(Routing, The402ndIdentifierPushesOutTheFirst) {
   ServentRig rig(open_doors());
   Peers peers(rig);
@@ -139,37 +78,6 @@ TEST(Routing, The402ndIdentifierPushesOutTheFirst) {
   peers.b->send(descriptor("ping 2", kPongCode, 2, 0, kPongPayload));
   EXPECT_EQ(rig.counter(rig.form().pong_stat), "2 / 1");
   EXPECT_EQ(rig.form().route_stat.text(), "1");
-}
-
-TEST(Routing, WhatIsCountedAndGoesNoFurther) {
-  ServentRig rig(open_doors());
-  Peers peers(rig);
-  const std::string hit("\x01\xCA\x18\x0A\0\0\x09\x38\0\0\0\x01\0\0\0\x02\0\0\0ab\0\0", 23);
-  peers.a->send(descriptor("h", kHitCode, 4, 1, hit + std::string(16, 'g')));
-  peers.a->send(descriptor("p", kPushCode, 4, 1, std::string(26, 'p')));
-  peers.a->send(descriptor("u", 2, 4, 1, "what"));
-  rig.world.run_for(5);
-  EXPECT_EQ(peers.a->take() + peers.b->take() + peers.c->take(), "");
-  EXPECT_EQ(rig.counter(rig.form().reply_stat), "1 / 0");
-  EXPECT_EQ(rig.form().push_stat.text(), "1 / 0");
-  EXPECT_EQ(rig.form().unknown_stat.text(), "1");
-  EXPECT_EQ(rig.form().totalsearch.text(), "1");
-  EXPECT_EQ(rig.form().frmUnknown.text(), "Type: 2 Len: 4\r\n");
-  EXPECT_EQ(rig.host_counts(1), "0/3/1");
-}
-
-TEST(Routing, WrongPayloadLengthsAreCountedAgainstTheirConnection) {
-  ServentRig rig(open_doors());
-  Peers peers(rig);
-  const std::pair<int, std::size_t> wrong[] = {
-      {kPingCode, 1}, {kPongCode, 13}, {kPongCode, 15}, {kPushCode, 25}, {kQueryCode, 258}};
-  for (const auto& [function, length] : wrong) {
-    peers.a->send(descriptor("w", function, 4, 1, std::string(length, '\0')));
-  }
-  rig.world.run_for(20);
-  EXPECT_EQ(rig.host_counts(1), "0/5/5");
-  EXPECT_EQ(peers.a->take() + peers.b->take(), "");
-  EXPECT_EQ(rig.counter(rig.form().drop_stat), "0");
 }
 
 TEST(Routing, QueriesAreAnsweredAndForwardedAgain) {
@@ -206,38 +114,6 @@ TEST(Routing, ASlowReaderLosesItsCopiesOnly) {
   const double held = std::stod(rig.form().lHosts.cell(2, 7));
   EXPECT_GT(held, 1000000);
   EXPECT_LE(held, 1048576);
-}
-
-TEST(OwnDescriptors, AQueryGoesToEveryConnectionUnderOneIdentifier) {
-  ServentRig rig({{"max_in_host", "20"}, {"ttlMax_config", "7"}, {"speed_config", "0"}});
-  Peers peers(rig);
-  rig.world.set_local_time({2000, 6, 30, 9, 0, 0});
-  rig.form().Tsearch.enter("abc");
-  rig.world.run_for(5);
-  const std::string query =
-      descriptor("9012345678901234", kQueryCode, 7, 0, std::string("\0\0abc\0", 6));
-  EXPECT_EQ(query.size(), 29U);
-  EXPECT_EQ(peers.a->take(), query);
-  EXPECT_EQ(peers.b->take(), query);
-  EXPECT_EQ(peers.c->take(), query);
-  EXPECT_EQ(rig.logged("Send_query:  Re-Using a GUID?"), 2);
-  EXPECT_EQ(rig.status_bar(), "Sent Query, waiting for replies...");
-}
-
-TEST(OwnDescriptors, AQueryWithoutConnections) {
-  ServentRig rig;
-  rig.form().Tsearch.enter("abc");
-  EXPECT_EQ(rig.status_bar(), "No Connections to send query!");
-}
-
-TEST(OwnDescriptors, PingsOfOneSecondShareAnIdentifier) {
-  ServentRig rig(open_doors());
-  Peers peers(rig);
-  rig.form().more_cache.click();
-  rig.form().more_cache.click();
-  rig.world.run_for(5);
-  EXPECT_EQ(peers.a->take(), peers.b->take());
-  EXPECT_EQ(rig.logged("Error: send_ping:  Re-Using a GUID?"), 1);
 }
 
 TEST(OwnDescriptors, APongTellsTheForcedAddressAndNothingDuringAScan) {

@@ -13,23 +13,12 @@
 
 #include "app/servent.h"
 #include "platform/sim/sim_world.h"
+#include "support/wire.h"
 
 namespace velmora::sim {
 
 inline constexpr std::string_view kHello = "GNUTELLA CONNECT/0.4\n\n";
 inline constexpr std::string_view kWelcome = "GNUTELLA OK\n\n";
-
-// A descriptor built byte by byte, independent of the program's own encoder.
-inline std::string descriptor(std::string guid, int function, int ttl, int hops,
-                              std::string_view payload) {
-  guid.resize(16, 'x');
-  const auto length = payload.size();
-  std::string bytes = guid;
-  for (const int value : {function, ttl, hops}) bytes += static_cast<char>(value);
-  for (int shift = 0; shift < 32; shift += 8) bytes += static_cast<char>(length >> shift & 255U);
-  bytes += payload;
-  return bytes;
-}
 
 class ServentRig {
  public:
@@ -81,6 +70,12 @@ class ServentRig {
     int count = 0;
     for (const std::string& line : log) count += line.find(part) != std::string::npos ? 1 : 0;
     return count;
+  }
+  // Ticks or clears the box of a switch, named without its ending "_behaviour".
+  void turn(const std::string& behaviour, bool on) {
+    for (BehaviourBox& box : form().behaviour_boxes) {
+      if (box.name() == behaviour + "_behaviour") box.set_checked(on);
+    }
   }
   const std::string& status_bar() { return form().StatusBar.panel(1); }
 

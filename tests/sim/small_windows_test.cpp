@@ -72,6 +72,8 @@ TEST(DirectoryChooser, PutsThePathWhereItsButtonWantsIt) {
   EXPECT_EQ(form.down_config.text(), "/down");
   choose(form.upload_browse_config, "/music", form.frmDir_ok);
   EXPECT_EQ(form.frmDir_mode.text(), "share");
+  EXPECT_THAT(form.frmDir_caption.text(),
+              testing::HasSubstr("All files will be shared.\nOnly the Selected"));
   choose(form.upload_browse_config, "/music", form.frmDir_ok);
   choose(form.upload_browse_config, "/other", form.frmDir_cancel);
   EXPECT_FALSE(form.frmDir.shown());

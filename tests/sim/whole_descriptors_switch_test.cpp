@@ -1,7 +1,6 @@
 // The switch "Whole messages": descriptors that arrive in pieces.
 #include <gmock/gmock.h>
 
-#include "app/control_verbs.h"
 #include "servent_rig.h"
 
 namespace velmora::sim {
@@ -113,9 +112,7 @@ TEST(WholeDescriptorsSwitch, TurnedOffItForgetsWhatWaits) {
   Neighbours peers(rig);
   const std::string one = query("one");
   EXPECT_EQ(peers.pass({one.substr(0, 10)}), "");
-  for (const char* box : {"off", "on"}) {
-    set_from_text(named_control(rig.form(), "whole_descriptors_behaviour"), box);
-  }
+  for (const bool on : {false, true}) rig.turn("whole_descriptors", on);
   EXPECT_EQ(peers.pass({query("two")}), relayed("two"));
   // And what is too late is no rest.
   EXPECT_EQ(peers.pass({one.substr(0, 10)}), "");

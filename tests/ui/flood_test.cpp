@@ -6,6 +6,7 @@
 #include <ctime>
 #include <iostream>
 
+#include "query_hits.h"
 #include "ui/widgets/option_buttons.h"
 #include "window_rig.h"
 
@@ -30,13 +31,9 @@ double used_ms() {
 }
 
 std::string hit(int number) {
-  std::string payload("\1\xC9\x18\x14\0\0\1\x38\0\0\0", 11);  // one file, of 20.0.0.1:6345
-  for (const unsigned value : {1U, static_cast<unsigned>(number * 7919)}) {
-    for (int shift = 0; shift < 32; shift += 8) payload += static_cast<char>(value >> shift & 255U);
-  }
-  payload += "some song number " + std::to_string(number) + ".mp3" + std::string(2, '\0');
-  payload += std::string(16, 'G');
-  return sim::descriptor("h" + std::to_string(number), 129, 5, 0, payload);
+  const auto size = static_cast<std::uint32_t>(number * 7919);
+  const std::string serial = std::to_string(number);
+  return sim::query_hit(1, {{1, size, "some song number " + serial + ".mp3"}}, "h" + serial);
 }
 
 TEST(Flood, ClicksAreAnsweredWithinATenthOfASecond) {

@@ -10,6 +10,7 @@
 #include <iostream>
 #include <map>
 
+#include "cache_rows.h"
 #include "ui/first_steps.h"
 #include "ui/widgets/combo_list_box.h"
 #include "ui/widgets/form_button.h"
@@ -317,18 +318,15 @@ TEST(PageImages, TakeEachReadableFileByItself) {
 }
 
 TEST(MainWindow, IsPaintedSoonWithAFullCache) {
-  std::string cache =
-      "\"Rows in this file:\",10000\r\n\"Format: Row #, IP, Port, DNS, Files, Size, "
-      "Date Ponged, Date DNS\"\r\n";
-  for (int row = 1; row <= 10000; ++row) {
-    cache += std::to_string(row) + ",\"62.1." + std::to_string(row / 200) + "." +
-             std::to_string(row % 200) +
-             "\",6346,\"?\",1,1,#2000-06-30 14:05:00#,#2000-06-30 14:05:00#\r\n";
+  std::vector<sim::CacheRow> hosts;
+  for (int row = 0; row < 10000; ++row) {
+    hosts.push_back({"62.1." + std::to_string(row / 200) + "." + std::to_string(row % 200)});
   }
+  const std::string cache = sim::cache_file(hosts);
   QElapsedTimer clock;
   WindowRig rig({.files =
                      [&](sim::SimHost& host) {
-                       host.files().put("Velmora_cache.dat", cache);
+                       host.files().put(sim::kCacheFileName, cache);
                        clock.start();
                      },
                  .shown = false});

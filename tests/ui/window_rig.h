@@ -66,7 +66,6 @@ class WindowRig {
   [[nodiscard]] sim::ServentRig& servent_rig() { return servent_rig_; }
   [[nodiscard]] sim::SimWorld& world() { return servent_rig_.world; }
   [[nodiscard]] MainWindow& window() { return *window_; }
-  [[nodiscard]] QtMessageBoxes& boxes() { return boxes_; }
   [[nodiscard]] QtTray& tray() { return tray_; }
   [[nodiscard]] bool ended() const { return ended_; }  // the servent has shut down
   void set_tray_present(bool present) { tray_present_ = present; }
@@ -132,11 +131,6 @@ class WindowRig {
     turn();
   }
   // Rows count from 1, as they are shown.
-  void click_row(const ListView& list, int row, int column = 1) {
-    const QPoint at = row_position(list, row, column);
-    QTest::mouseClick(table(list).viewport(), Qt::LeftButton, {}, at);
-    turn();
-  }
   void double_click_row(const ListView& list, int row, int column = 1) {
     const QPoint at = row_position(list, row, column);
     QTest::mouseClick(table(list).viewport(), Qt::LeftButton, {}, at);

@@ -5,6 +5,7 @@
 
 #include "platform/sim/sim_files.h"
 #include "platform/sim/sim_world.h"
+#include "support/doubles.h"
 
 namespace velmora {
 namespace {
@@ -15,10 +16,6 @@ constexpr const char* kFormat =
 std::string head(const std::string& rows) {
   return "\"Rows in this file:\"," + rows + "\r\n" + kFormat;
 }
-
-struct Log : DebugLog {
-  void debug_log(std::string_view) override {}
-};
 
 struct CacheFile : testing::Test {
   // Loads the text into an empty cache.
@@ -35,7 +32,7 @@ struct CacheFile : testing::Test {
   sim::SimWorld world;
   sim::SimFiles files;
   FilterArray filter;
-  Log log;
+  Lines log;
   HostCache cache{world.add_host("10.0.0.1").platform().loop, filter, log};
 };
 

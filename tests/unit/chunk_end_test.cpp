@@ -4,13 +4,13 @@
 
 #include <string>
 
+#include "support/wire.h"
+
 namespace velmora {
 namespace {
 
 std::string descriptor(std::size_t declared, std::size_t present) {
-  std::string bytes(19, 'g');
-  for (unsigned i = 0; i < 4; ++i) bytes += static_cast<char>(declared >> (8 * i) & 0xFF);
-  return bytes + std::string(present, 'p');
+  return descriptor_header("g", 'g', 'g', 'g', declared) + std::string(present, 'p');
 }
 std::string whole(std::size_t payload) { return descriptor(payload, payload); }
 

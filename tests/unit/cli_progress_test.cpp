@@ -81,54 +81,20 @@ TEST(CliWatchFrame, KeepsWithinTheScreenAndSharesIt) {
                     {"Downloads (1)", {"d1"}},
                     {"Uploads (0)", {}}};
   state.counters = {{"net", "12"}, {"ping", "1 / 2"}};
-  const std::vector<std::string> whole = {"title",
-                                          "status",
-                                          "",
-                                          "Connections (1 in, 2 out)",
-                                          "h1",
-                                          "h2",
-                                          "h3",
-                                          "h4",
-                                          "h5",
-                                          "",
-                                          "Downloads (1)",
-                                          "d1",
-                                          "",
-                                          "Uploads (0)",
-                                          "",
-                                          "Counters",
-                                          "net 12       ping 1 / 2"};
-  EXPECT_EQ(watch_frame(state, 80, 0), whole);
-  EXPECT_EQ(watch_frame(state, 80, 24), whole);
-  const std::vector<std::string> cut = {"title",
-                                        "status",
-                                        "",
-                                        "Connections (1 in, 2 out)",
-                                        "h1",
-                                        "h2",
-                                        "... 3 more",
-                                        "",
-                                        "Downloads (1)",
-                                        "d1",
-                                        "",
-                                        "Uploads (0)",
-                                        "",
-                                        "Counters",
-                                        "net 12       ping 1 / 2"};
-  EXPECT_EQ(watch_frame(state, 80, 15), cut);
-  const std::vector<std::string> low = {"title",
-                                        "status",
-                                        "",
-                                        "Connections (1 in, 2 out)",
-                                        "h1",
-                                        "h2",
-                                        "... 3 more",
-                                        "",
-                                        "Downloads (1)",
-                                        "d1",
-                                        "",
-                                        "Uploads (0)"};
-  EXPECT_EQ(watch_frame(state, 80, 12), low);
+  const auto frame = [&](std::size_t height) {
+    std::string text;
+    for (const std::string& line : watch_frame(state, 80, height)) text += line + "\n";
+    return text;
+  };
+  const std::string top = "title\nstatus\n\nConnections (1 in, 2 out)\nh1\nh2\n";
+  const std::string all = "h3\nh4\nh5\n";
+  const std::string cut = "... 3 more\n";
+  const std::string rest = "\nDownloads (1)\nd1\n\nUploads (0)\n";
+  const std::string counters = "\nCounters\nnet 12       ping 1 / 2\n";
+  EXPECT_EQ(frame(0), top + all + rest + counters);
+  EXPECT_EQ(frame(24), top + all + rest + counters);
+  EXPECT_EQ(frame(15), top + cut + rest + counters);
+  EXPECT_EQ(frame(12), top + cut + rest);
   for (std::size_t height = 1; height < 20; ++height) {
     EXPECT_LE(watch_frame(state, 10, height).size(), height);
   }

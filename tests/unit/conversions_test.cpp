@@ -2,37 +2,16 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <string>
 #include <vector>
 
-#include "platform/error.h"
 #include "protocol/descriptor_header.h"
+#include "support/doubles.h"
 
 namespace velmora {
 namespace {
 
-struct Lines : DebugLog {
-  void debug_log(std::string_view text) override { lines.emplace_back(text); }
-  std::vector<std::string> lines;
-};
-
 using Texts = std::vector<std::string>;
-
-std::string bytes(std::initializer_list<int> values) {
-  std::string text;
-  for (const int value : values) text += static_cast<char>(value);
-  return text;
-}
-
-std::string error_of(const std::function<void()>& body) {
-  try {
-    body();
-  } catch (const PlatformError& error) {
-    return error.description();
-  }
-  return "none";
-}
 
 TEST(Conversions, DwordToBytes) {
   for (const auto& [value, expected] : {std::pair{0.0, bytes({0, 0, 0, 0})},

@@ -7,14 +7,10 @@
 #include <vector>
 
 #include "platform/sim/sim_files.h"
+#include "support/doubles.h"
 
 namespace velmora {
 namespace {
-
-struct Lines : DebugLog {
-  void debug_log(std::string_view text) override { lines.emplace_back(text); }
-  std::vector<std::string> lines;
-};
 
 // "frequency bitrate", or "none" when the file tells nothing and the line says so.
 std::string read(const std::string& content) {

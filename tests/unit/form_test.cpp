@@ -3,134 +3,35 @@
 #include <gtest/gtest.h>
 
 #include <set>
+#include <sstream>
 #include <string>
 #include <vector>
 
-#include "platform/error.h"
+#include "support/doubles.h"
 
 namespace velmora {
 namespace {
 
-template <class Body>
-Errc error_of(Body body) {
-  try {
-    body();
-  } catch (const PlatformError& error) {
-    return error.code();
-  }
-  ADD_FAILURE() << "no error";
-  return Errc::system;
-}
-
 // The names are what scripts, faces and the settings of users rely on.
 TEST(Form, HasEveryControlUnderItsOwnNameOnce) {
-  const std::vector<std::string> names = {"frmMain",
-                                          "pgbut",
-                                          "StatusBar",
-                                          "chkMsg",
-                                          "mnuFile",
-                                          "mnushow",
-                                          "mnuexit",
-                                          "net_stat",
-                                          "bytein_stat",
-                                          "byteout_stat",
-                                          "drop_stat",
-                                          "route_stat",
-                                          "ping_stat",
-                                          "myping_stat",
-                                          "pong_stat",
-                                          "mypong_stat",
-                                          "search_stat",
-                                          "reply_stat",
-                                          "push_stat",
-                                          "unknown_stat",
-                                          "traffic_view",
-                                          "lview",
-                                          "lupload",
-                                          "speed_upload",
-                                          "pack_upload",
-                                          "max_in_upload",
-                                          "text_upload",
-                                          "log_upload",
-                                          "view_log_upload",
-                                          "ldown",
-                                          "resume_down",
-                                          "pause_down",
-                                          "delete_down",
-                                          "upque_down",
-                                          "downque_down",
-                                          "clear_down",
-                                          "max_down",
-                                          "Tsearch",
-                                          "start_search",
-                                          "stop_search",
-                                          "clear_search",
-                                          "filtersearch",
-                                          "search_num",
-                                          "totalsearch",
-                                          "lfound",
-                                          "down_config",
-                                          "download_browse_config",
-                                          "query_config",
-                                          "port_config",
-                                          "upport_config",
-                                          "speed_config",
-                                          "speed_help",
-                                          "ttlMax_config",
-                                          "dns_ser",
-                                          "cachemax_config",
-                                          "forceIP_config",
-                                          "upload_config",
-                                          "upload_browse_config",
-                                          "scan_config",
-                                          "scan_progress",
-                                          "sharenum_config",
-                                          "sharesize_config",
-                                          "cachefilter_config",
-                                          "totalfilter_config",
-                                          "form_b_sel",
-                                          "form_f_sel",
-                                          "but_b_sel",
-                                          "list_b_sel",
-                                          "list_f_sel",
-                                          "color_help",
-                                          "version",
-                                          "ver_help",
-                                          "s_debug",
-                                          "mascot1",
-                                          "mascot2",
-                                          "mascot3",
-                                          "mascot_text",
-                                          "lHosts",
-                                          "new_host",
-                                          "max_out_host",
-                                          "max_in_host",
-                                          "connect_auto",
-                                          "connect_dns",
-                                          "lcache",
-                                          "more_cache",
-                                          "remove_cache",
-                                          "clear_cache",
-                                          "help_hosts",
-                                          "show_dns",
-                                          "StartDNS",
-                                          "stopDNS",
-                                          "dnsStat",
-                                          "dns_progress",
-                                          "frmColor",
-                                          "Red",
-                                          "Green",
-                                          "Blue",
-                                          "preview",
-                                          "ok",
-                                          "frmDir",
-                                          "frmDebug",
-                                          "frmDebug.hide",
-                                          "test",
-                                          "frmUnknown",
-                                          "frmUnknown.hide"};
+  std::istringstream names(
+      "frmMain pgbut StatusBar chkMsg mnuFile mnushow mnuexit net_stat bytein_stat "
+      "byteout_stat drop_stat route_stat ping_stat myping_stat pong_stat mypong_stat "
+      "search_stat reply_stat push_stat unknown_stat traffic_view lview lupload "
+      "speed_upload pack_upload max_in_upload text_upload log_upload view_log_upload ldown "
+      "resume_down pause_down delete_down upque_down downque_down clear_down max_down "
+      "Tsearch start_search stop_search clear_search filtersearch search_num totalsearch "
+      "lfound down_config download_browse_config query_config port_config upport_config "
+      "speed_config speed_help ttlMax_config dns_ser cachemax_config forceIP_config "
+      "upload_config upload_browse_config scan_config scan_progress sharenum_config "
+      "sharesize_config cachefilter_config totalfilter_config form_b_sel form_f_sel "
+      "but_b_sel list_b_sel list_f_sel color_help version ver_help s_debug mascot1 mascot2 "
+      "mascot3 mascot_text lHosts new_host max_out_host max_in_host connect_auto "
+      "connect_dns lcache more_cache remove_cache clear_cache help_hosts show_dns StartDNS "
+      "stopDNS dnsStat dns_progress frmColor Red Green Blue preview ok frmDir frmDebug "
+      "frmDebug.hide test frmUnknown frmUnknown.hide");
   Form form;
-  for (const std::string& name : names) EXPECT_NE(form.find(name), nullptr) << name;
+  for (std::string name; names >> name;) EXPECT_NE(form.find(name), nullptr) << name;
   EXPECT_EQ(form.find("port_confi"), nullptr);
 
   std::set<std::string> seen;
@@ -227,12 +128,12 @@ TEST(Form, SlidersKeepTheirRangeAndOptionsTheirs) {
 
   form.search_num.choose(3);
   EXPECT_EQ(form.search_num.chosen(), 3);
-  EXPECT_EQ(error_of([&] { form.search_num.choose(4); }), Errc::subscript_out_of_range);
-  EXPECT_EQ(error_of([&] { form.search_num.choose(0); }), Errc::subscript_out_of_range);
+  EXPECT_EQ(code_of([&] { form.search_num.choose(4); }), Errc::subscript_out_of_range);
+  EXPECT_EQ(code_of([&] { form.search_num.choose(0); }), Errc::subscript_out_of_range);
   form.pgbut.choose(0);
-  EXPECT_EQ(error_of([&] { form.pgbut.choose(7); }), Errc::subscript_out_of_range);
+  EXPECT_EQ(code_of([&] { form.pgbut.choose(7); }), Errc::subscript_out_of_range);
   EXPECT_EQ(form.search_num.chosen(), 3);
-  EXPECT_EQ(error_of([&] { form.StatusBar.set_panel(4, ""); }), Errc::subscript_out_of_range);
+  EXPECT_EQ(code_of([&] { form.StatusBar.set_panel(4, ""); }), Errc::subscript_out_of_range);
 }
 
 TEST(Form, ComboListOffersTheRowThatIsDeleted) {
@@ -242,8 +143,8 @@ TEST(Form, ComboListOffersTheRowThatIsDeleted) {
   for (const char* item : {"/a", "/b", "/c"}) list.add(item);
   list.press_delete(2);
   EXPECT_EQ(list.items(), (std::vector<std::string>{"/a", "/c"}));
-  EXPECT_EQ(error_of([&] { list.press_delete(3); }), Errc::subscript_out_of_range);
-  EXPECT_EQ(error_of([&] { list.press_delete(0); }), Errc::subscript_out_of_range);
+  EXPECT_EQ(code_of([&] { list.press_delete(3); }), Errc::subscript_out_of_range);
+  EXPECT_EQ(code_of([&] { list.press_delete(0); }), Errc::subscript_out_of_range);
 }
 
 struct Rows : ListSource {
@@ -265,15 +166,15 @@ TEST(Form, ListViewMovesItsRowsOnlyByRedraw) {
   list.redraw(2);
   EXPECT_EQ(list.rows(), 2U);
   EXPECT_EQ(list.cell(2, 6), "b6");
-  EXPECT_EQ(error_of([&] { (void)list.cell(3, 1); }), Errc::subscript_out_of_range);
-  EXPECT_EQ(error_of([&] { (void)list.cell(1, 7); }), Errc::subscript_out_of_range);
+  EXPECT_EQ(code_of([&] { (void)list.cell(3, 1); }), Errc::subscript_out_of_range);
+  EXPECT_EQ(code_of([&] { (void)list.cell(1, 7); }), Errc::subscript_out_of_range);
 
   std::size_t activated = 0;
   list.on_activate = [&](std::size_t row) { activated = row; };
   list.activate(2);
   EXPECT_EQ(activated, 2U);
   EXPECT_EQ(list.selected(), 2U);
-  EXPECT_EQ(error_of([&] { list.activate(3); }), Errc::subscript_out_of_range);
+  EXPECT_EQ(code_of([&] { list.activate(3); }), Errc::subscript_out_of_range);
 
   source.names = {"b", "a", "c"};
   EXPECT_EQ(list.selected(), 1U) << "the selection is of the entry";

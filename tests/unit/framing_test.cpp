@@ -9,6 +9,7 @@
 
 #include "platform/error.h"
 #include "protocol/payloads.h"
+#include "support/wire.h"
 
 namespace velmora {
 namespace {
@@ -134,9 +135,7 @@ Events expected_of(const std::string& chunk) {
 
 std::string descriptor(int function, const std::string& payload, std::size_t claimed,
                        const std::string& guid = "ABCDEFGHIJKLMNOP") {
-  std::string text = guid + static_cast<char>(function) + "\x07" + std::string(1, '\0');
-  for (std::size_t i = 0; i < 4; ++i) text += static_cast<char>(claimed >> 8 * i & 255U);
-  return text + payload;
+  return descriptor_header(guid, function, 7, 0, claimed) + payload;
 }
 std::string descriptor(int function, const std::string& payload) {
   return descriptor(function, payload, payload.size());

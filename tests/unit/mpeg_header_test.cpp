@@ -5,13 +5,10 @@
 #include <string>
 #include <vector>
 
+#include "support/doubles.h"
+
 namespace velmora {
 namespace {
-
-struct Lines : DebugLog {
-  void debug_log(std::string_view text) override { lines.emplace_back(text); }
-  std::vector<std::string> lines;
-};
 
 struct Reading {
   std::string frequency;
@@ -24,12 +21,6 @@ Reading read(std::string_view start) {
   Mp3Info info{.frequency = "before", .bitrate = "before"};
   Get_mp3_info(start, info, log);
   return {info.frequency, info.bitrate, log.lines};
-}
-
-std::string bytes(std::initializer_list<int> values) {
-  std::string text;
-  for (const int value : values) text += static_cast<char>(value);
-  return text;
 }
 
 // A frame header that begins at a byte; version and layer as their bits.

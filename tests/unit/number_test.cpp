@@ -3,28 +3,18 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <functional>
 #include <limits>
 #include <locale>
 #include <string>
 
-#include "platform/error.h"
 #include "platform/field_number.h"
+#include "support/doubles.h"
 
 namespace velmora {
 namespace {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 const double kNan = std::nan("");
-
-std::string error_of(const std::function<void()>& body) {
-  try {
-    body();
-  } catch (const PlatformError& error) {
-    return error.description();
-  }
-  return "none";
-}
 
 TEST(Number, WholeNumbersRoundHalfToEvenAndOverflowAtTheirWidth) {
   for (const auto& [value, whole] :
@@ -77,54 +67,39 @@ TEST(Number, PortsWrapAndNeverOverflow) {
 }
 
 TEST(Number, LenientReadingTakesTheLongestNumberAtTheStart) {
-  const std::string many(100000, ' ');
-  struct Case {
-    std::string text;
-    double value;
-  };
-  for (const Case& c : {Case{"", 0},
-                        {"abc", 0},
-                        {"12abc", 12},
-                        {" 1 2\t3\n4", 1234},
-                        {"-5", -5},
-                        {"+5", 5},
-                        {"- 5", -5},
-                        {"--5", 0},
-                        {"+-5", 0},
-                        {"-+5", 0},
-                        {"5-3", 5},
-                        {"1.5.9", 1.5},
-                        {".5", 0.5},
-                        {"5.", 5},
-                        {".", 0},
-                        {"1e3", 1000},
-                        {"1D3", 1000},
-                        {"1d-3x", 0.001},
-                        {"1e", 1},
-                        {"1e+", 1},
-                        {"1e5e6", 1e5},
-                        {"e5", 0},
-                        {"1 e 3", 1000},
-                        {"0x10", 0},
-                        {"&H10", 0},
-                        {"inf", 0},
-                        {"nan", 0},
-                        {"infinity", 0},
-                        {"1,000", 1},
-                        {"12\r3", 12},
-                        {"1e-999", 0},
-                        {"-1e-999", 0},
-                        {"1e-99999999999999999999", 0},
-                        {"0e99999999999999999999", 0},
-                        {"0.0000001e-320", 0},
-                        {"007", 7},
-                        {many + "7" + many + "8", 78},
-                        {std::string(200000, '0') + "9", 9},
-                        {"0." + std::string(400, '0') + "1e401", 1},
-                        {"4294967295", 4294967295.0},
-                        {std::string("1\0002", 3), 1}}) {
-    EXPECT_EQ(val(c.text), c.value) << c.text.substr(0, 40);
+  for (const char* text : {"", "abc", "--5", "+-5", "-+5", ".", "e5", "0x10", "&H10", "inf", "nan",
+                           "infinity", "1e-999", "-1e-999", "0.0000001e-320",
+                           "1e-99999999999999999999", "0e99999999999999999999"}) {
+    EXPECT_EQ(val(text), 0) << text;
   }
+  const std::string many(100000, ' ');
+  const std::pair<std::string, double> cases[] = {
+      {"12abc", 12},
+      {" 1 2\t3\n4", 1234},
+      {"-5", -5},
+      {"+5", 5},
+      {"- 5", -5},
+      {"5-3", 5},
+      {"1.5.9", 1.5},
+      {".5", 0.5},
+      {"5.", 5},
+      {"1e3", 1000},
+      {"1D3", 1000},
+      {"1d-3x", 0.001},
+      {"1e", 1},
+      {"1e+", 1},
+      {"1e5e6", 1e5},
+      {"1 e 3", 1000},
+      {"1,000", 1},
+      {"12\r3", 12},
+      {"007", 7},
+      {std::string("1\0002", 3), 1},
+      {"4294967295", 4294967295.0},
+      {many + "7" + many + "8", 78},
+      {std::string(200000, '0') + "9", 9},
+      {"0." + std::string(400, '0') + "1e401", 1},
+  };
+  for (const auto& [text, value] : cases) EXPECT_EQ(val(text), value) << text.substr(0, 40);
   for (const std::string& text :
        {std::string("1e309"), std::string("-1e309"), std::string("1e99999999999999999999"),
         std::string(310, '9'), "0." + std::string(9, '0') + "1e330"}) {
@@ -181,22 +156,16 @@ TEST(Number, DecimalTextIsWholeAndPlain) {
 }
 
 TEST(Number, ThousandsPicture) {
-  for (const auto& [text, shown] : {std::pair{"", ""},
-                                    {"0", ""},
+  for (const char* text : {"7", "999", "-123", "1,234", "--", "12x", "inf", "1e999", ""}) {
+    EXPECT_EQ(thousands(text), text);
+  }
+  for (const auto& [text, shown] : {std::pair{"0", ""},
                                     {"0.2", ""},
-                                    {"7", "7"},
-                                    {"999", "999"},
                                     {"1000", "1,000"},
                                     {"123456", "123,456"},
                                     {"1234567", "1,234,567"},
                                     {"-1234", "-1,234"},
-                                    {"-123", "-123"},
-                                    {"1,234", "1,234"},
-                                    {"1e6", "1,000,000"},
-                                    {"--", "--"},
-                                    {"12x", "12x"},
-                                    {"inf", "inf"},
-                                    {"1e999", "1e999"}}) {
+                                    {"1e6", "1,000,000"}}) {
     EXPECT_EQ(thousands(text), shown) << text;
   }
   EXPECT_EQ(thousands(4294967295.0), "4,294,967,295");

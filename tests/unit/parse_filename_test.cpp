@@ -5,16 +5,12 @@
 #include <string>
 #include <vector>
 
+#include "support/doubles.h"
+
 namespace velmora {
 namespace {
 
 using namespace std::string_literals;
-
-class Lines : public DebugLog {
- public:
-  void debug_log(std::string_view text) override { lines.emplace_back(text); }
-  std::vector<std::string> lines;
-};
 
 struct Case {
   std::string text;

@@ -3,20 +3,14 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <functional>
 #include <string>
 #include <vector>
 
-#include "platform/error.h"
 #include "protocol/conversions.h"
+#include "support/doubles.h"
 
 namespace velmora {
 namespace {
-
-struct Lines : DebugLog {
-  void debug_log(std::string_view text) override { lines.emplace_back(text); }
-  std::vector<std::string> lines;
-};
 
 using Texts = std::vector<std::string>;
 
@@ -24,12 +18,6 @@ constexpr const char* kGuidAtEnd = "Str_to_query_reply: GUID IS at end";
 constexpr const char* kNoGuid = "Str_to_query_reply: GUID not at end";
 constexpr const char* kShortNumber = "Str_to_Dword: Invalid procedure call or argument";
 constexpr const char* kGuid = "0123456789abcdef";
-
-std::string bytes(std::initializer_list<int> values) {
-  std::string text;
-  for (const int value : values) text += static_cast<char>(value);
-  return text;
-}
 
 const std::string kPongBytes = bytes({0xCA, 0x18, 0x0A, 0, 0, 1, 5, 0, 0, 0, 0x64, 0, 0, 0});
 // Port 6346, 1.2.3.4, 56 kbit/s.
@@ -51,19 +39,6 @@ Decoded decode(const std::string& payload, double claimed) {
 }
 Decoded decode(const std::string& payload) {
   return decode(payload, static_cast<double>(payload.size()));
-}
-
-TEST(Pong, GoesOutAndComesBack) {
-  Lines log;
-  EXPECT_EQ(pong_to_str({.port = 6346, .address = "10.0.0.1", .files = 5, .kilobytes = 100}, log),
-            kPongBytes);
-  Pong pong;
-  EXPECT_TRUE(str_to_pong(kPongBytes, pong, log));
-  EXPECT_EQ(pong.port, 6346);
-  EXPECT_EQ(pong.address, "10.0.0.1");
-  EXPECT_EQ(pong.files, 5);
-  EXPECT_EQ(pong.kilobytes, 100);
-  EXPECT_TRUE(log.lines.empty());
 }
 
 TEST(Pong, WhatIsShortOrTooLargeIsReportedByItsField) {
@@ -107,37 +82,6 @@ TEST(Pong, WhatIsShortOrTooLargeIsReportedByItsField) {
     EXPECT_EQ(pong.address, c.address);
     EXPECT_EQ(pong.files, c.files);
   }
-}
-
-TEST(QueryHit, GoesOutAndComesBack) {
-  Lines log;
-  QueryHit hit;
-  hit.hits = 2;
-  hit.port = 6346;
-  hit.address = "1.2.3.4";
-  hit.speed = 56;
-  hit.results = {{7, 100,
-                  "song.mp3\1"
-                  "44100\1"
-                  "128000"},
-                 {8, 3, ""}};
-  hit.servent_guid = kGuid;
-  const std::string wire = query_reply_to_str(hit, log);
-  EXPECT_TRUE(log.lines.empty());
-  EXPECT_EQ(wire, hit_start(2) + entry(7, 100, hit.results[0].file_name) + entry(8, 3, "") + kGuid);
-
-  const Decoded back = decode(wire);
-  EXPECT_EQ(back.lines, Texts{kGuidAtEnd});
-  EXPECT_EQ(back.hit.hits, 2);
-  EXPECT_EQ(back.hit.port, 6346);
-  EXPECT_EQ(back.hit.address, "1.2.3.4");
-  EXPECT_EQ(back.hit.speed, 56);
-  ASSERT_EQ(back.hit.results.size(), 2U);
-  EXPECT_EQ(back.hit.results[0].file_index, 7);
-  EXPECT_EQ(back.hit.results[0].file_size, 100);
-  EXPECT_EQ(back.hit.results[0].file_name, hit.results[0].file_name);
-  EXPECT_EQ(back.hit.results[1].file_name, "");
-  EXPECT_EQ(back.hit.servent_guid, kGuid);
 }
 
 TEST(QueryHit, EncodingEndsWhereTheResultsEnd) {

@@ -5,13 +5,13 @@
 #include <random>
 #include <string>
 
+#include "support/wire.h"
+
 namespace velmora {
 namespace {
 
 std::string descriptor(std::size_t length, std::size_t present) {
-  std::string bytes(19, 'g');
-  for (int shift = 0; shift < 32; shift += 8) bytes += static_cast<char>(length >> shift & 255U);
-  return bytes + std::string(present, 'p');
+  return descriptor_header("g", 'g', 'g', 'g', length) + std::string(present, 'p');
 }
 std::string descriptor(std::size_t length) { return descriptor(length, length); }
 

@@ -3,18 +3,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "platform/error.h"
+#include "support/doubles.h"
 
 namespace velmora {
 namespace {
 
 using testing::ElementsAre;
-
-class Log : public DebugLog {
- public:
-  void debug_log(std::string_view text) override { lines.emplace_back(text); }
-  std::vector<std::string> lines;
-};
 
 class Replies : public ReplyChannel {
  public:
@@ -66,7 +60,7 @@ struct QueryAnsweringTest : testing::Test {
   SharedIndex index;
   Form form;
   Replies replies;
-  Log log;
+  Lines log;
   QueryAnswering answering{index, form, replies, log};
 };
 

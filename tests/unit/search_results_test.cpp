@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/sim/sim_world.h"
+#include "support/doubles.h"
 #include "transfer/search_commands.h"
 #include "transfer/search_slots.h"
 
@@ -14,53 +16,12 @@ namespace {
 
 using namespace std::string_literals;
 
-// Time stands still until the test lets the timer tick.
-class StillTimer : public Timer {
- public:
-  explicit StillTimer(std::function<void()> on_tick) : tick(std::move(on_tick)) {}
-  void set_interval(int interval_ms) override { interval_ = interval_ms; }
-  [[nodiscard]] int interval() const override { return interval_; }
-  void set_enabled(bool enabled) override {
-    if (enabled && !enabled_) ++starts;
-    enabled_ = enabled;
-  }
-  [[nodiscard]] bool enabled() const override { return enabled_; }
-
-  std::function<void()> tick;
-  int starts = 0;
-
- private:
-  int interval_ = 0;
-  bool enabled_ = false;
-};
-
-class StillLoop : public EventLoop {
- public:
-  std::unique_ptr<Timer> make_timer(int interval_ms, std::function<void()> on_tick) override {
-    auto made = std::make_unique<StillTimer>(std::move(on_tick));
-    made->set_interval(interval_ms);
-    timer = made.get();
-    return made;
-  }
-  void post(std::function<void()>) override { FAIL() << "nothing is posted here"; }
-  [[nodiscard]] std::int64_t now_ms() const override { return 0; }
-  [[nodiscard]] LocalTime local_time() const override { return {}; }
-
-  StillTimer* timer = nullptr;  // the one last made
-};
-
 class KnownNames : public HostNames {
  public:
   std::string dns_from_cache(const std::string& address) override {
     return names.contains(address) ? names.at(address) : "?";
   }
   std::map<std::string, std::string> names;
-};
-
-class Lines : public DebugLog {
- public:
-  void debug_log(std::string_view text) override { lines.emplace_back(text); }
-  std::vector<std::string> lines;
 };
 
 QueryHit hit_of(const std::string& address, std::vector<QueryHitResult> entries) {
@@ -77,11 +38,12 @@ QueryHit hit_of(const std::string& address, std::vector<QueryHitResult> entries)
 class SearchResultsTest : public testing::Test {
  protected:
   Form form_;
-  StillLoop loop_;
+  sim::SimWorld world_;
+  Platform platform_ = world_.add_host("10.0.0.9").platform();
   Lines log_;
   KnownNames names_;
   int cache_redraws_ = 0;
-  SearchResults results_{loop_, form_, log_, names_, [this] { ++cache_redraws_; }};
+  SearchResults results_{platform_.loop, form_, log_, names_, [this] { ++cache_redraws_; }};
 
   [[nodiscard]] std::vector<std::string> row(std::size_t number) const {
     std::vector<std::string> cells;
@@ -93,18 +55,15 @@ class SearchResultsTest : public testing::Test {
 };
 
 TEST_F(SearchResultsTest, AHitIsCountedAtOnceAndShownByTheDelayTimer) {
-  StillTimer& delay = *loop_.timer;
-  EXPECT_TRUE(delay.enabled());
-  EXPECT_EQ(delay.interval(), 1000);
   results_.set_query_reply_view(
       hit_of("10.0.0.1", {{7, 1234567, "a.b.MP3\1"s + "44100\1"s + "128"}, {8, 0, "readme"}}));
+  world_.run_for(500);
   results_.set_query_reply_view(hit_of("10.0.0.2", {{9, 20, "song.mp3"}}));
   EXPECT_EQ(form_.totalsearch.text(), "3");
+  world_.run_for(999);  // the second counts anew with each hit
   EXPECT_EQ(form_.lfound.rows(), 0U);
-  EXPECT_EQ(delay.starts, 3);  // at the start of the program, and anew with each hit
-
-  delay.tick();
-  EXPECT_FALSE(delay.enabled());
+  EXPECT_EQ(cache_redraws_, 0);
+  world_.run_for(5000);
   EXPECT_EQ(cache_redraws_, 1);
   ASSERT_EQ(form_.lfound.rows(), 3U);
   EXPECT_EQ(row(1), (std::vector<std::string>{"a.b", "mp3", "1,234,567", "10.0.0.1:6345", "1,500",

@@ -2,31 +2,14 @@
 
 #include <gmock/gmock.h>
 
-#include <cerrno>
 #include <functional>
 
-#include "platform/error.h"
+#include "support/doubles.h"
 
 namespace velmora::sim {
 namespace {
 
 using ::testing::ElementsAre;
-
-std::string error_of(const std::function<void()>& body) {
-  try {
-    body();
-  } catch (const PlatformError& error) {
-    return error.description();
-  }
-  return "none";
-}
-
-std::vector<std::string> listed(SimFiles& files, const std::string& folder) {
-  std::vector<std::string> names;
-  const auto listing = files.list(folder);
-  while (const auto name = listing->next()) names.push_back(*name);
-  return names;
-}
 
 TEST(SimFiles, ErrorsOfPaths) {
   SimFiles files;
@@ -61,18 +44,6 @@ TEST(SimFiles, ErrorsOfPaths) {
   EXPECT_THAT(files.names("share"), ElementsAre("song.mp3"));
 }
 
-TEST(SimFiles, AListingShowsVisibleFilesOfOneFolder) {
-  SimFiles files;
-  files.put("/share/z", "");
-  files.put("/share/.hidden", "");
-  files.put("/share/sub/deep", "");
-  files.put("/share//a", "");
-  EXPECT_THAT(listed(files, "/share/"), ElementsAre("z", "a"));
-  EXPECT_THAT(files.names("/share"), ElementsAre("z", ".hidden", "a"));
-  files.save("settings.toml", "x");
-  EXPECT_THAT(listed(files, "."), ElementsAre("settings.toml"));
-}
-
 TEST(SimFiles, PartialFilesAreWrittenInPlaceAndFinished) {
   SimFiles files;
   files.make_folder("down");
@@ -104,18 +75,6 @@ TEST(SimFiles, AFullDiskKeepsTheOldFileOfASave) {
   EXPECT_EQ(error_of([&] { file->write(10, "k"); }), "No space left on device");
   EXPECT_EQ(error_of([&] { file->truncate(11); }), "No space left on device");
   EXPECT_EQ(files.content("list"), "abcdefghij");
-}
-
-TEST(SimFiles, TheNextCallsFailAsAsked) {
-  SimFiles files;
-  files.put("a", "1");
-  const auto file = files.open_partial(".", "a");
-  files.fail_next(3, EIO);
-  EXPECT_EQ(error_of([&] { file->write(0, "2"); }), "Input/output error");
-  EXPECT_EQ(error_of([&] { (void)files.size("a"); }), "Input/output error");
-  EXPECT_EQ(error_of([&] { files.save("a", "3"); }), "Input/output error");
-  EXPECT_EQ(files.content("a"), "1");
-  EXPECT_EQ(error_of([&] { files.save("a", "3"); }), "none");
 }
 
 TEST(SimFiles, ACrashLosesWhatWasNotSynced) {

@@ -96,32 +96,12 @@ TEST_F(SimLoopTest, AnEndlessContinuationDoesNotStopTheClock) {
   EXPECT_GT(turns, 1000);
 }
 
-TEST_F(SimLoopTest, RunUntilStopsAtTheEventThatFulfilsIt) {
-  const auto timer = loop.make_timer(10, note("tick"));
-  timer->set_enabled(true);
-  EXPECT_TRUE(world.run_until([this] { return lines.size() == 2; }, 1000));
-  EXPECT_EQ(world.now_ms(), 20);
-  EXPECT_FALSE(world.run_until([this] { return lines.size() == 10; }, 50));
-  EXPECT_EQ(loop.now_ms(), 70);
-}
-
-std::string text(const LocalTime& time) {
-  std::string text;
-  for (const int part : {time.year, time.month, time.day, time.hour, time.minute, time.second}) {
-    text += std::to_string(part) + " ";
-  }
-  return text;
-}
-
 TEST_F(SimLoopTest, CivilTimeMovesWithTheClock) {
-  EXPECT_EQ(text(loop.local_time()), "2000 6 30 14 5 0 ");
-  world.run_for(std::int64_t{10} * 3600 * 1000);
-  EXPECT_EQ(text(loop.local_time()), "2000 7 1 0 5 0 ");
   world.set_local_time({2004, 2, 28, 23, 59, 59});
   world.run_for(999);
-  EXPECT_EQ(text(loop.local_time()), "2004 2 28 23 59 59 ");
+  EXPECT_EQ(loop.local_time(), (LocalTime{2004, 2, 28, 23, 59, 59}));
   world.run_for(1);
-  EXPECT_EQ(text(loop.local_time()), "2004 2 29 0 0 0 ");
+  EXPECT_EQ(loop.local_time(), (LocalTime{2004, 2, 29, 0, 0, 0}));
 }
 
 TEST_F(SimLoopTest, TheControlChannelAnswersItsClients) {

@@ -7,19 +7,6 @@
 namespace velmora {
 namespace {
 
-TEST(UploadRequestText, IsTakenApart) {
-  const UploadRequest request = parse_upload_request(
-      "GET /get/12/a song.mp3 HTTP:/1.0\r\nUser-Agent: VelMora 0.1.0:6345\r\n"
-      "Connection: Keep-Alive\r\nRange: bytes=100-2000\r\n\r\n");
-  EXPECT_FALSE(request.not_a_get);
-  EXPECT_EQ(request.file_number, 12);
-  EXPECT_EQ(request.file_name, "a song.mp3");
-  EXPECT_EQ(request.user_agent, "VelMora 0.1.0:6345");
-  EXPECT_EQ(request.client_number, 0);
-  EXPECT_EQ(request.range_start, 100);
-  EXPECT_EQ(request.range_end, 2000);
-}
-
 struct RequestCase {
   std::string text;
   double number;
