@@ -33,7 +33,7 @@ class Session {
     hit.hits = 1;
     hit.port = 6345;
     hit.address = "10.0.0.2";
-    hit.results = {{5, size, std::string(name)}};
+    hit.results = {{5, size, name}};
     results_.set_query_reply_view(hit);
     results_.display_query_reply();
     form_.lfound.activate(form_.lfound.rows());

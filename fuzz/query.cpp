@@ -77,7 +77,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                                           std::string_view(replies.sent).substr(kHeaderSize), log);
   require(hit.results.size() == expected, "every match is in the reply");
   for (const QueryHitResult& result : hit.results) {
-    require(matches(result.file_name, text), "and nothing else is");
+    require(matches(std::string(result.file_name), text), "and nothing else is");
   }
   return 0;
 }

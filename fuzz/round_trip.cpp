@@ -1,5 +1,7 @@
 // What one servent encodes another decodes: headers, pongs, query hits, queries, and the request of
 // a download as the upload port reads it.
+#include <deque>
+
 #include "fuzzed_parts.h"
 #include "protocol/payloads.h"
 #include "share/upload_request.h"
@@ -36,10 +38,11 @@ void hits(Input& input, CountingLog& log) {
   hit.address = any_address(input);
   hit.speed = any_number(input);
   hit.servent_guid = std::string(kGuidSize, static_cast<char>(input.byte()));
+  std::deque<std::string> names;
   for (hit.hits = 0; hit.hits < 255 && !input.empty(); ++hit.hits) {
-    std::string name(input.piece());
+    std::string& name = names.emplace_back(input.piece());
     std::replace(name.begin(), name.end(), '\0', '0');
-    hit.results.push_back({any_number(input), any_number(input), std::move(name)});
+    hit.results.push_back({any_number(input), any_number(input), name});
   }
   const std::string payload = query_reply_to_str(hit, log);
   DescriptorHeader header;

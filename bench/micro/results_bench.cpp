@@ -3,6 +3,7 @@
 #include <benchmark/benchmark.h>
 #include <malloc.h>
 
+#include <deque>
 #include <memory>
 #include <string>
 #include <vector>
@@ -55,10 +56,11 @@ std::vector<WireHit> wire_hits(std::size_t count, std::size_t name_bytes) {
     hit.port = 6346;
     hit.address = "81.2." + std::to_string(i / 250) + "." + std::to_string(i % 250);
     hit.speed = 56;
+    std::deque<std::string> names;
     for (std::size_t entry = 0; entry < kHit; ++entry) {
-      std::string name = made.next();
+      std::string& name = names.emplace_back(made.next());
       if (name.size() < name_bytes) name.insert(0, name_bytes - name.size(), 'n');
-      hit.results.push_back({static_cast<float>(entry + 1), 3456789, std::move(name)});
+      hit.results.push_back({static_cast<float>(entry + 1), 3456789, name});
     }
     WireHit wire;
     const std::string payload = query_reply_to_str(hit, log);

@@ -1,7 +1,5 @@
 #include "app/form_debug_log.h"
 
-#include <utility>
-
 #include "platform/visible_text.h"
 
 namespace velmora {
@@ -9,9 +7,12 @@ namespace velmora {
 void FormDebugLog::debug_log(std::string_view text) {
   // More of one line would be cut at once.
   const std::string line = escape_control_bytes(text.substr(0, kMostCharacters));
-  std::string log = window_.text() + line + "\r\n";
-  if (log.size() > kMostCharacters) log.resize(kCutTo);
-  window_.set_text(std::move(log));
+  const std::string ended = line + "\r\n";
+  if (window_.text().size() + ended.size() <= kMostCharacters) {
+    window_.append_text(ended);
+  } else {
+    window_.set_text((window_.text() + ended).substr(0, kCutTo));
+  }
   if (echo) echo(line);
 }
 

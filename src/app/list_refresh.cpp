@@ -29,6 +29,16 @@ void ListRefresh::stop() { display_->set_enabled(false); }
 
 void ListRefresh::refresh() {
   connections_.recount();
+  if (shown_ != counters_) show_counters();
+  form_.lHosts.redraw();
+  if (sample_is_due_) {
+    history_.add(counters_, connections_.count_in(), connections_.count_out());
+  }
+  sample_is_due_ = !sample_is_due_;
+  if (also) also();
+}
+
+void ListRefresh::show_counters() {
   const TrafficCounters& c = counters_;
   show(form_.net_stat, c.messages_received);
   show(form_.bytein_stat, c.bytes_received);
@@ -43,10 +53,7 @@ void ListRefresh::refresh() {
   show(form_.reply_stat, c.query_hits_in, c.query_hits_out);
   show(form_.push_stat, c.pushes_in, c.pushes_out);
   show(form_.unknown_stat, c.unknown);
-  form_.lHosts.redraw();
-  if (sample_is_due_) history_.add(c, connections_.count_in(), connections_.count_out());
-  sample_is_due_ = !sample_is_due_;
-  if (also) also();
+  shown_ = c;
 }
 
 }  // namespace velmora

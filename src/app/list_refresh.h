@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 #include "app/traffic_history.h"
 #include "form/form.h"
@@ -30,11 +31,14 @@ class ListRefresh {
   [[nodiscard]] const TrafficHistory& traffic_history() const { return history_; }
 
  private:
+  void show_counters();
+
   Form& form_;
   MessageConnections& connections_;
   const TrafficCounters& counters_;
   TrafficHistory history_;
-  bool sample_is_due_ = false;  // at every second refresh
+  std::optional<TrafficCounters> shown_;  // in the labels
+  bool sample_is_due_ = false;            // at every second refresh
   std::unique_ptr<Timer> display_;
 };
 

@@ -268,6 +268,12 @@ void Window::set_text(std::string text) {
   changed();
 }
 
+void Window::append_text(std::string_view text) {
+  if (text.empty()) return;
+  text_ += text;
+  changed();
+}
+
 void Window::accept(ControlVisitor& visitor) { visitor.visit(*this); }
 
 StatusBar::StatusBar(ControlRegistry& form, std::string name, std::size_t panels)

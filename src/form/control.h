@@ -226,6 +226,7 @@ class Window : public Control {
   [[nodiscard]] bool has_text() const { return has_text_; }
   [[nodiscard]] const std::string& text() const { return text_; }
   void set_text(std::string text);
+  void append_text(std::string_view text);  // behind what is there, which is not copied
   void accept(ControlVisitor& visitor) override;
 
  private:

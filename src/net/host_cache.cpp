@@ -35,6 +35,7 @@ void HostCache::set_cache_stat(const DescriptorHeader& header, const Pong& pong,
     // Everything that can fail to convert does so before any row moves.
     CacheHost host = host_of(header, pong, connection);
     host.date_ponged = loop_.local_time();
+    index_addresses();
     make_room();
     if (const auto known = newest_.find(host.address); known != newest_.end()) {
       CacheHost& before = places_[known->second];
@@ -66,11 +67,13 @@ void HostCache::set_date_dns(std::size_t row, LocalTime when) {
 }
 
 void HostCache::remove(std::size_t row) {
+  index_addresses();
   drop(place_of(row));
   changed();
 }
 
 std::size_t HostCache::find(const std::string& address) const {
+  index_addresses();
   const auto known = newest_.find(address);
   if (known == newest_.end()) return 0;
   // The places of the rows go down.
@@ -83,16 +86,25 @@ void HostCache::clear() { replace({}); }
 
 void HostCache::replace(std::vector<CacheHost> hosts) {
   if (hosts.size() > kMaxCacheHosts) throw PlatformError(Errc::out_of_memory);
-  std::unordered_map<std::string, Place> newest;
-  if (!hosts.empty()) newest.reserve(hosts.size());  // forgetting all of them needs no memory
-  std::reverse(hosts.begin(), hosts.end());
-  for (std::size_t i = 0; i < hosts.size(); ++i) newest[hosts[i].address] = static_cast<Place>(i);
   taken_.assign(hosts.size(), true);
-  newest_ = std::move(newest);
+  std::reverse(hosts.begin(), hosts.end());
+  newest_.clear();
+  indexed_ = hosts.empty();
   rows_ = hosts.size();
   places_ = std::move(hosts);
   oldest_ = 0;
   changed();
+}
+
+// Not when they are loaded, so that the program starts sooner: nobody looks for one before a pong.
+void HostCache::index_addresses() const {
+  if (indexed_) return;
+  newest_.clear();
+  newest_.reserve(rows_);
+  for (std::size_t place = oldest_; place < places_.size(); ++place) {
+    if (taken_[place]) newest_[places_[place].address] = static_cast<Place>(place);
+  }
+  indexed_ = true;
 }
 
 void HostCache::put_first(CacheHost host) {

@@ -64,6 +64,7 @@ class HostCache : public PongIntake {
  private:
   using Place = std::uint32_t;
 
+  void index_addresses() const;
   void put_first(CacheHost host);
   void drop(Place place);
   void close_gaps();
@@ -83,8 +84,10 @@ class HostCache : public PongIntake {
   std::vector<bool> taken_;  // by place
   Place oldest_ = 0;         // no host stands before this place
   std::size_t rows_ = 0;
-  std::unordered_map<std::string, Place> newest_;  // where an address's first row stands
-  mutable std::vector<Place> by_row_;              // made anew when it is asked for
+  // Where an address's first row stands; of loaded hosts from when one is first looked for.
+  mutable std::unordered_map<std::string, Place> newest_;
+  mutable bool indexed_ = true;
+  mutable std::vector<Place> by_row_;  // made anew when it is asked for
   mutable bool by_row_good_ = false;
 };
 

@@ -38,7 +38,7 @@ std::optional<Way> Relay::way_of_hit(const DescriptorHeader& header, std::string
   if (!behaviour_.relay) return Way{};
   if (!whole(header, data, connection)) return std::nullopt;
   const std::string_view name =
-      hit.results.empty() ? std::string_view() : std::string_view(hit.results.front().file_name);
+      hit.results.empty() ? std::string_view() : hit.results.front().file_name;
   const Way* way = queries_.way_back(header.guid, name, [&](const Way& one) {
     return one.connection == 0 || (one.connection != connection && stands(one));
   });

@@ -28,6 +28,8 @@ struct TrafficCounters {
   float pushes_in = 0;
   float pushes_out = 0;
   float unknown = 0;
+
+  bool operator==(const TrafficCounters&) const = default;
 };
 
 }  // namespace velmora

@@ -2,7 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <chrono>
 
 #include "platform/error.h"
@@ -12,6 +11,8 @@ namespace velmora {
 namespace {
 
 [[noreturn]] void malformed() { throw PlatformError(Errc::type_mismatch); }
+
+bool ends_number(char c) { return c == ',' || c == '\r' || c == '\n'; }
 
 bool is_date(const LocalTime& t) {
   const auto part = [](int value) { return static_cast<unsigned>(value); };
@@ -51,7 +52,8 @@ std::string ListFileReader::string_field() {
 
 double ListFileReader::number_field() {
   if (at_end()) throw PlatformError(Errc::input_past_end);
-  const std::size_t end = std::min(text_.find_first_of(",\r\n", at_), text_.size());
+  std::size_t end = at_;
+  while (end < text_.size() && !ends_number(text_[end])) ++end;
   const double value = number(text_.substr(at_, end - at_));
   at_ = end;
   return value;

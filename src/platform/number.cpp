@@ -134,8 +134,8 @@ double typed_number(std::string_view text) {
 }
 
 double number(std::string_view text) {
-  text = without_surrounding_blanks(text);
   if (const auto value = short_whole_number(text)) return *value;
+  text = without_surrounding_blanks(text);
   std::string plain;
   bool in_whole_part = true;
   for (std::size_t i = 0; i < text.size(); ++i) {

@@ -105,7 +105,7 @@ QueryHit str_to_query_reply(const DescriptorHeader& header, std::string_view pay
       QueryHitResult result;
       stage = '1';
       if (!read_result(rest, result, stage, log)) break;
-      hit.results.push_back(std::move(result));
+      hit.results.push_back(result);
     }
     hit.hits = static_cast<std::uint8_t>(hit.results.size());
     if (rest.size() == kGuidSize) {

@@ -30,8 +30,10 @@ struct Pong {
 
 struct QueryHitResult {
   float file_index = 0;
-  float file_size = 0;    // bytes
-  std::string file_name;  // as on the wire, audio information included
+  float file_size = 0;  // bytes
+  // As on the wire, audio information included. Not owned: of a hit that was read it is a part of
+  // the payload, so that reading a flood of them asks for no memory for names.
+  std::string_view file_name;
 };
 
 struct QueryHit {

@@ -10,6 +10,7 @@ namespace velmora {
 
 struct search_result {
   std::int32_t file_index = 0;  // of the answering servent
+  std::int16_t search = 0;      // which of the user's searches it answers, 1 to 3; 0: not known
   std::string name;             // up to, not including, its last "."
   std::string extension;
   std::string size;     // bytes
@@ -18,9 +19,8 @@ struct search_result {
   std::string host_name;  // shorter than 3 characters while it is not known
   std::string speed;      // kbit/s as the other side tells it
   std::array<char, 16> servent_guid{};
-  std::string frequency;    // Hz, or empty
-  std::string bitrate;      // bit/s, or empty
-  std::int16_t search = 0;  // which of the user's searches it answers, 1 to 3; 0: not known
+  std::string frequency;  // Hz, or empty
+  std::string bitrate;    // bit/s, or empty
 };
 
 }  // namespace velmora

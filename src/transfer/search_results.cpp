@@ -58,6 +58,7 @@ void SearchResults::add(const QueryHit& hit, std::int16_t search) {
   name_bytes_ = bytes;
   const std::string port = std::to_string(unsigned_port(hit.port));
   const std::string speed = decimal_text(hit.speed);
+  const std::string host_name = names_.dns_from_cache(hit.address);
   for (std::size_t i = 0; i < entries; ++i) {
     const QueryHitResult& entry = hit.results[i];
     search_result& result = search_results_.at(first + i);
@@ -75,7 +76,7 @@ void SearchResults::add(const QueryHit& hit, std::int16_t search) {
                 std::min(hit.servent_guid.size(), result.servent_guid.size()),
                 result.servent_guid.begin());
     result.search = search;
-    result.host_name = names_.dns_from_cache(result.address);
+    result.host_name = host_name;
   }
 }
 

@@ -7,6 +7,14 @@ namespace velmora {
 namespace {
 
 constexpr std::string_view kMark = "VelMora-Stop: ";
+constexpr std::size_t kMostDigits = 4;
+constexpr std::size_t kLongest = kMark.size() + kMostDigits + 2 + kMaxStopText;
+
+// Where the part of a block begins that can hold a message; what lies before it, nearly all of a
+// file, is never looked at.
+std::size_t tail_of(std::string_view block) {
+  return block.size() - std::min(block.size(), kLongest);
+}
 
 // The text, if what follows the mark is a count, CR LF and exactly that many bytes.
 std::optional<std::string_view> text_after_mark(std::string_view rest) {
@@ -19,9 +27,6 @@ std::optional<std::string_view> text_after_mark(std::string_view rest) {
   if (rest.size() != count) return std::nullopt;
   return rest;
 }
-
-constexpr std::size_t kMostDigits = 4;
-constexpr std::size_t kLongest = kMark.size() + kMostDigits + 2 + kMaxStopText;
 
 // Whether this is the beginning of a message and not all of it.
 bool is_begun(std::string_view bytes) {
@@ -41,7 +46,7 @@ bool is_begun(std::string_view bytes) {
 
 // A text may hold the mark itself, so the first place that fits is the message.
 std::optional<StopMessage> find_stop_message(std::string_view block) {
-  for (std::size_t at = block.find(kMark); at != std::string_view::npos;
+  for (std::size_t at = block.find(kMark, tail_of(block)); at != std::string_view::npos;
        at = block.find(kMark, at + 1)) {
     if (const auto text = text_after_mark(block.substr(at + kMark.size()))) {
       return StopMessage{at, *text};
@@ -51,8 +56,7 @@ std::optional<StopMessage> find_stop_message(std::string_view block) {
 }
 
 std::size_t begun_stop_message(std::string_view block) {
-  const std::size_t first = block.size() - std::min(block.size(), kLongest);
-  for (std::size_t at = block.find(kMark.front(), first); at != std::string_view::npos;
+  for (std::size_t at = block.find(kMark.front(), tail_of(block)); at != std::string_view::npos;
        at = block.find(kMark.front(), at + 1)) {
     if (is_begun(block.substr(at))) return at;
   }

@@ -66,6 +66,18 @@ TEST(StopMessage, IsFoundOnlyWholeAndAtTheEnd) {
     EXPECT_EQ(found->begin, c.begin) << c.block;
     EXPECT_EQ(found->text, c.text) << c.block;
   }
+
+  // The longest text is found at the end of a large block, a longer one is no message.
+  const std::string data(300000, 'V');
+  const auto behind_data = [&](std::size_t length) {
+    return data + "VelMora-Stop: " + std::to_string(length) + "\r\n" + std::string(length, 't');
+  };
+  const std::string longest = behind_data(kMaxStopText);
+  const auto found = find_stop_message(longest);
+  ASSERT_TRUE(found);
+  EXPECT_EQ(found->begin, data.size());
+  EXPECT_EQ(found->text.size(), kMaxStopText);
+  EXPECT_FALSE(find_stop_message(behind_data(kMaxStopText + 1)));
 }
 
 TEST(DownloadRequest, IsByteForByte) {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "protocol/conversions.h"
@@ -22,11 +23,12 @@ constexpr const char* kGuid = "0123456789abcdef";
 const std::string kPongBytes = bytes({0xCA, 0x18, 0x0A, 0, 0, 1, 5, 0, 0, 0, 0x64, 0, 0, 0});
 // Port 6346, 1.2.3.4, 56 kbit/s.
 std::string hit_start(int hits) { return bytes({hits, 0xCA, 0x18, 1, 2, 3, 4, 56, 0, 0, 0}); }
-std::string entry(int index, int size, const std::string& name) {
-  return bytes({index, 0, 0, 0, size, 0, 0, 0}) + name + std::string(2, '\0');
+std::string entry(int index, int size, std::string_view name) {
+  return bytes({index, 0, 0, 0, size, 0, 0, 0}).append(name).append(2, '\0');
 }
 
 struct Decoded {
+  std::shared_ptr<const std::string> payload;  // the names lie in it
   QueryHit hit;
   Texts lines;
 };
@@ -34,8 +36,9 @@ Decoded decode(const std::string& payload, double claimed) {
   Lines log;
   DescriptorHeader header;
   header.payload_length = static_cast<float>(claimed);
-  QueryHit hit = str_to_query_reply(header, payload, log);
-  return {std::move(hit), std::move(log.lines)};
+  const auto kept = std::make_shared<const std::string>(payload);
+  QueryHit hit = str_to_query_reply(header, *kept, log);
+  return {kept, std::move(hit), std::move(log.lines)};
 }
 Decoded decode(const std::string& payload) {
   return decode(payload, static_cast<double>(payload.size()));
@@ -119,7 +122,7 @@ TEST(QueryHit, NamesEndAtTheFirstPairOfZeros) {
                          {"", 0, {}, false}}) {
     const Decoded back = decode(hit_start(c.claimed) + c.rest);
     Texts names;
-    for (const QueryHitResult& result : back.hit.results) names.push_back(result.file_name);
+    for (const QueryHitResult& result : back.hit.results) names.emplace_back(result.file_name);
     EXPECT_EQ(names, c.names);
     EXPECT_EQ(back.hit.hits, c.names.size());
     EXPECT_EQ(back.lines.back(), c.guid ? kGuidAtEnd : kNoGuid);

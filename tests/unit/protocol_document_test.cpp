@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cctype>
+#include <deque>
 #include <fstream>
 #include <map>
 #include <sstream>
@@ -103,9 +104,10 @@ std::string encoded_payload(const Example& example, DebugLog& log) {
   hit.port = example.port();
   hit.address = example.text("address");
   hit.speed = example.number("speed");
+  std::deque<std::string> names;
   for (std::size_t i = 0; i < hit.hits; ++i) {
-    hit.results.push_back(
-        {example.number("index", i), example.number("size", i), example.text("name", i)});
+    names.push_back(example.text("name", i));
+    hit.results.push_back({example.number("index", i), example.number("size", i), names.back()});
   }
   hit.servent_guid = example.text("servent");
   return query_reply_to_str(hit, log);

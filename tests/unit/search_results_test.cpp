@@ -137,7 +137,8 @@ TEST_F(SearchResultsTest, RowsAndBytesHaveABudgetThatClearGivesBack) {
 
   results_.clear_search();
   log_.lines.clear();
-  const QueryHit fat = hit_of("10.0.0.1", {{1, 1, std::string(std::size_t{32} << 20, 'x')}});
+  const std::string fat_name(std::size_t{32} << 20, 'x');
+  const QueryHit fat = hit_of("10.0.0.1", {{1, 1, fat_name}});
   for (int i = 0; i < 3; ++i) results_.set_query_reply_view(fat);
   EXPECT_EQ(results_.search_results().upper_bound(), 2U);
   EXPECT_EQ(log_.lines, std::vector<std::string>{"Error: set_query_reply_view: Out of memory"});

@@ -42,6 +42,7 @@ UvOutbox::UvOutbox(UvLoop& loop, int descriptor, std::function<void()> on_releas
       on_released_(std::move(on_released)) {}
 
 void UvOutbox::push(std::string_view data, bool alone) {
+  if (!alone && data.size() >= kGatheredBytes) data = leave_at_once(data);
   if (data.empty() || failed_) return;
   bytes_ += data.size();
   if (alone) {
@@ -55,6 +56,29 @@ void UvOutbox::push(std::string_view data, bool alone) {
     cut();
   }
   gathered_.bytes += data;
+}
+
+// The packets of an upload: copying them first costs as much as reading them. The rest is returned.
+std::string_view UvOutbox::leave_at_once(std::string_view data) {
+  if (bytes_ > 0 || full_ || failed_ || hold_) return data;
+  last_left_in_ = loop_.turn();
+  while (!data.empty()) {
+    const std::size_t taken = send(data);
+    if (taken == 0) break;
+    data.remove_prefix(taken);
+  }
+  return data;
+}
+
+// How many of the bytes the kernel took: none when it is full, or the stream has failed.
+std::size_t UvOutbox::send(std::string_view bytes) {
+  const ssize_t count = uninterrupted([&] {
+    return ::send(descriptor_, bytes.data(), bytes.size(), MSG_EOR | MSG_DONTWAIT | MSG_NOSIGNAL);
+  });
+  if (count >= 0) return static_cast<std::size_t>(count);
+  full_ = errno == EAGAIN;
+  if (!full_) fail();
+  return 0;
 }
 
 void UvOutbox::push_run(std::string_view data, std::span<const std::uint32_t> ends) {
@@ -116,21 +140,14 @@ void UvOutbox::take_first() {
 }
 
 void UvOutbox::send_leaving() {
-  const std::string& bytes = leaving_.bytes;
+  const std::string_view bytes = leaving_.bytes;
   while (sent_ < bytes.size()) {
     const std::size_t end =
         next_end_ < leaving_.ends.size() ? leaving_.ends[next_end_] : bytes.size();
-    const ssize_t count = uninterrupted([&] {
-      return ::send(descriptor_, bytes.data() + sent_, end - sent_,
-                    MSG_EOR | MSG_DONTWAIT | MSG_NOSIGNAL);
-    });
-    if (count < 0) {
-      full_ = errno == EAGAIN;
-      if (!full_) fail();
-      return;
-    }
-    sent_ += static_cast<std::size_t>(count);
-    bytes_ -= static_cast<std::size_t>(count);
+    const std::size_t taken = send(bytes.substr(sent_, end - sent_));
+    if (taken == 0) return;
+    sent_ += taken;
+    bytes_ -= taken;
     if (sent_ == end) ++next_end_;
   }
   left();

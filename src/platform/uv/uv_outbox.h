@@ -29,6 +29,7 @@ class UvOutbox {
   // `on_released` says that what was held need not wait any longer: flush again.
   UvOutbox(UvLoop& loop, int descriptor, std::function<void()> on_released);
 
+  // A string that is long enough to leave without waiting, behind nothing else, leaves at once.
   void push(std::string_view data, bool alone);
   // Strings in a row; `ends` are the offsets at which they end.
   void push_run(std::string_view data, std::span<const std::uint32_t> ends);
@@ -51,6 +52,8 @@ class UvOutbox {
     bool alone = false;
   };
 
+  std::string_view leave_at_once(std::string_view data);
+  std::size_t send(std::string_view bytes);
   [[nodiscard]] bool fits(std::size_t bytes) const;
   void cut();
   void gather();
