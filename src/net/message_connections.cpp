@@ -23,6 +23,11 @@ constexpr std::size_t kMostAtOnce = 32767;  // bytes of one string
 constexpr std::string_view kHello = "GNUTELLA CONNECT/0.4\n\n";
 constexpr std::string_view kWelcome = "GNUTELLA OK\n\n";
 
+void restart(Timer& timer) {
+  timer.set_enabled(false);
+  timer.set_enabled(true);
+}
+
 // What a chunk's turn has gathered leaves within it, however the turn ends.
 struct WrittenAtEnd {
   BroadcastRun& run;
@@ -71,11 +76,11 @@ MessageSocket& MessageConnections::load(std::size_t index) {
   // Made here, so that a connection that stands needs no more memory.
   if (connected_.capacity() < index) connected_.reserve(2 * index);
   auto element = std::make_unique<MessageSocket>(owner, index, ++generations_, loop_.now_ms());
-  // Both are made here, so that closing needs no memory.
-  element->timeout_msg_t =
-      loop_.make_timer(kTick_ms, [this, index] { timeout_msg_t_Timer(index); });
-  element->free_msgsock_t =
-      loop_.make_timer(kTick_ms, [this, index] { free_msgsock_t_Timer(index); });
+  // Made here, so that closing needs no memory.
+  element->timer = loop_.make_timer(kTick_ms, [this, index] {
+    if (elements_.at(index)->freeing) return free_msgsock_t_Timer(index);
+    timeout_msg_t_Timer(index);
+  });
   return *(elements_.at(index) = std::move(element));
 }
 
@@ -100,7 +105,7 @@ void MessageConnections::unload(std::size_t index) {
 // An incoming connection needs this timer as much as an outgoing one: it ends peers that never
 // complete the handshake.
 void MessageConnections::load_timeout(std::size_t index) {
-  elements_.at(index)->timeout_msg_t->set_enabled(true);
+  elements_.at(index)->timer->set_enabled(true);
 }
 
 void MessageConnections::Connect_in_msg_socket(std::size_t index, std::unique_ptr<Socket> pending) {
@@ -296,7 +301,6 @@ void MessageConnections::msg_Timeout(std::size_t index) {
   trap(log_, "msg_Timeout: ", [&] {
     set_hosts_stat(index, {.status = "No response", .state = kClosing});
     free_msg_socket(index);
-    elements_.at(index)->timeout_msg_t.reset();
     log_.debug_log("Time-out on sock: " + std::to_string(index));
   });
 }
@@ -335,10 +339,7 @@ void MessageConnections::msg_Read(std::size_t index, std::string_view data) {
     } else if (in_step && data.starts_with("GET ")) {
       log_.debug_log("Request a file of mine on msg port: " + std::string(data));
     } else {
-      if (element.timeout_msg_t) {
-        element.timeout_msg_t->set_enabled(false);
-        element.timeout_msg_t->set_enabled(true);
-      }
+      if (!element.freeing) restart(*element.timer);
       ConnectionSlot& slot = slots_.at(index);
       slot.silence_ticks = 0;
       slot.status = "Connected";
@@ -488,7 +489,6 @@ void MessageConnections::timeout_msg_t_Timer(std::size_t index) {
     return;
   }
   free_msg_socket(index);
-  elements_.at(index)->timeout_msg_t.reset();
 }
 
 void MessageConnections::free_msg_socket(std::size_t index) {
@@ -497,8 +497,8 @@ void MessageConnections::free_msg_socket(std::size_t index) {
   if (!element) return;
   element->pending.reset();
   waiting_bytes_ -= element->rest.size();
-  element->rest.clear();                       // what waits in line is found to be gone
-  element->free_msgsock_t->set_enabled(true);  // one that is on goes on
+  element->rest.clear();  // what waits in line is found to be gone
+  if (!std::exchange(element->freeing, true)) restart(*element->timer);
 }
 
 void MessageConnections::free_msgsock_t_Timer(std::size_t index) {

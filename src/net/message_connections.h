@@ -1,5 +1,5 @@
 // The message connections: the TCP connections over which descriptors flow. It owns the listening
-// socket (element 0 of the `msg` array), every connection's socket with its two timers, and the
+// socket (element 0 of the `msg` array), every connection's socket with its timer, and the
 // array connection_slots that describes them; all three share one index. It does the handshake,
 // drops silent peers, and frees a slot 5000 ms after its connection ended. What the bytes mean is
 // the framing's business, where they go the router's.

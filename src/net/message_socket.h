@@ -1,6 +1,7 @@
-// One loaded element of the array of message sockets: the socket with its two companion timers and
-// what is left of a chunk, or of a descriptor that is waited for. Owned by MessageConnections; it
-// passes the socket's events on under its index, and tells the socket how much a chunk lacks.
+// One loaded element of the array of message sockets: the socket, one timer that stands for its two
+// companions, and what is left of a chunk, or of a descriptor that is waited for. Owned by
+// MessageConnections; it passes the socket's events on under its index, and tells the socket how
+// much a chunk lacks.
 #pragma once
 
 #include <cstddef>
@@ -47,15 +48,17 @@ class MessageSocket : public SocketEvents {
   const std::uint64_t generation;
   const std::int64_t loaded_ms;
   std::unique_ptr<Socket> socket;
-  std::unique_ptr<Timer> timeout_msg_t;
-  std::unique_ptr<Timer> free_msgsock_t;
+  // timeout_msg_t, and once the element is to be freed free_msgsock_t: both tick every 5000 ms, and
+  // from then on the silence does not matter.
+  std::unique_ptr<Timer> timer;
   // The rest of a chunk with more descriptors than one turn handles, and how far it is done.
   std::string rest;
   std::size_t rest_done = 0;
-  bool rest_begun = false;  // some of the chunk was handled
-  bool in_line = false;     // and nothing more is read meanwhile
   // A descriptor that is not whole yet; null where they are not waited for.
   std::unique_ptr<PendingBytes> pending;
+  bool rest_begun = false;  // some of the chunk was handled
+  bool in_line = false;     // and nothing more is read meanwhile
+  bool freeing = false;     // what the timer is for
 
  private:
   std::uint32_t index_;  // small, and beside the flags: there is one of these for every connection

@@ -5,7 +5,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <limits>
 #include <memory>
 #include <span>
 #include <string>
@@ -18,7 +17,9 @@ namespace velmora {
 inline constexpr std::size_t kMaxUnsentPerSocket = std::size_t{1} << 20;
 inline constexpr std::size_t kMaxUnsentTotal = std::size_t{64} << 20;
 
-inline constexpr std::size_t kAllThatIsQueued = std::numeric_limits<std::size_t>::max();
+// What one read brings at most, or a little more, to end where one of the peer's strings ends. Much
+// more would no longer lie in a processor's cache when it is handled, and would take too long.
+inline constexpr std::size_t kMostReadAtOnce = std::size_t{256} << 10;
 
 // Events of one socket. The receiver may write to, close or destroy the socket inside any of them.
 class SocketEvents {
@@ -26,14 +27,13 @@ class SocketEvents {
   virtual ~SocketEvents() = default;
   virtual void on_connect() = 0;                    // an outgoing connection stands
   virtual void on_connect_failed() = 0;             // refused, unreachable, or its time-out ran out
-  virtual void on_read(std::string_view data) = 0;  // all that was queued; valid in the call only
+  virtual void on_read(std::string_view data) = 0;  // what was queued; valid in the call only
   virtual void on_disconnect() = 0;                 // the peer closed or reset; comes once, last
   // Asked before on_read: how many bytes are lacking for `queued` to end where one of the peer's
   // strings ends; 0 when it does, and when that cannot be known. They get a moment to arrive.
   [[nodiscard]] virtual std::size_t lacks(std::string_view) const { return 0; }
-  // The most that one on_read brings, for a receiver to which it means nothing where one ends. It
-  // keeps what is copied on from growing beyond the processor's caches.
-  [[nodiscard]] virtual std::size_t most_at_once() const { return kAllThatIsQueued; }
+  // For a receiver that wants less; no more than kMostReadAtOnce.
+  [[nodiscard]] virtual std::size_t most_at_once() const { return kMostReadAtOnce; }
 };
 
 // Destroying a socket closes it: no event comes any more. Bytes already written still leave, for a

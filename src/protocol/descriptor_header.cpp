@@ -15,14 +15,6 @@ std::string header_to_str(const DescriptorHeader& header, DebugLog& log) {
   return bytes;
 }
 
-std::uint32_t declared_length(std::string_view bytes) {
-  std::uint32_t length = 0;
-  for (std::size_t offset = kHeaderSize; offset-- > 19;) {
-    length = length << 8U | static_cast<std::uint8_t>(bytes[offset]);
-  }
-  return length;
-}
-
 DescriptorHeader str_to_header(std::string_view bytes) {
   if (bytes.size() < kHeaderSize) throw PlatformError(Errc::invalid_call);
   const auto byte_at = [bytes](std::size_t offset) {

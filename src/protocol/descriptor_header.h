@@ -35,7 +35,12 @@ struct DescriptorHeader {
 // 23 bytes; any other result writes "Error: header_to_str: wrong length" and is returned as it is.
 std::string header_to_str(const DescriptorHeader& header, DebugLog& log);
 // The payload length in a header of at least 23 bytes, good or bad.
-std::uint32_t declared_length(std::string_view bytes);
+inline std::uint32_t declared_length(std::string_view bytes) {
+  const auto byte_at = [bytes](std::size_t offset) {
+    return std::uint32_t{static_cast<std::uint8_t>(bytes[offset])};
+  };
+  return byte_at(19) | byte_at(20) << 8U | byte_at(21) << 16U | byte_at(22) << 24U;
+}
 // Fewer than 23 bytes raise "Invalid procedure call or argument".
 DescriptorHeader str_to_header(std::string_view bytes);
 

@@ -140,6 +140,26 @@ TEST_F(UvChunksTest, AStringOfSeveralSegmentsIsAnnouncedWholeAndWhatFollowsApart
   EXPECT_LE(asked, 3U) << "not for every packet";
 }
 
+// A backlog is read bit by bit, and still no string is cut, whether its header or its end lies
+// behind what is read at once.
+TEST_F(UvChunksTest, EveryReadOfABacklogEndsWhereAStringEnds) {
+  End end;
+  end.most = 1'000;
+  dials(end);
+  end.lacking = lacking;
+  end.socket->set_reading(false);
+  std::string sent;
+  for (std::size_t i = 0; sent.size() < 60'000; ++i) sent += made(2 + i % 90);
+  send_bare(sent);
+  end.socket->set_reading(true);
+  ASSERT_TRUE(until([&] { return end.received().size() == sent.size(); }));
+  EXPECT_TRUE(end.received() == sent);
+  for (const std::string& read : end.reads) {
+    EXPECT_EQ(lacking(read), 0U);
+    EXPECT_LT(read.size(), end.most + 92);
+  }
+}
+
 TEST_F(UvChunksTest, WhatStaysAwayIsNotWaitedFor) {
   End end;
   end.lacking = lacking;

@@ -68,7 +68,7 @@ class End : public SocketEvents {
   int disconnects = 0;
   std::function<void()> after_read;
   std::function<std::size_t(std::string_view)> lacking;
-  std::size_t most = kAllThatIsQueued;  // that one read may bring
+  std::size_t most = kMostReadAtOnce;  // that one read may bring
 
  private:
   void on_connect() override { ++connects; }

@@ -17,13 +17,14 @@
 namespace velmora::uv {
 namespace {
 
-constexpr std::size_t kSmallestRead = std::size_t{64} << 10;
-constexpr std::size_t kLargestRead = std::size_t{8} << 20;
+// Behind what a read brings at most: room for the rest of the string in which it ends.
+constexpr std::size_t kMostBehind = std::size_t{64} << 10;
 // Longer than a burst of packets pauses, shorter than anybody takes to send two things apart.
 constexpr int kSettleMs = 40;
 constexpr int kMostSettleTimes = 25;                              // behind a packet that is lost
 constexpr std::int64_t kLongestSettleMs = 2000;                   // in all, whatever still comes
-constexpr std::size_t kMaxSettlingTotal = std::size_t{32} << 20;  // of all connections
+constexpr std::size_t kMostSettling = std::size_t{8} << 20;       // of one connection
+constexpr std::size_t kMaxSettlingTotal = std::size_t{32} << 20;  // of all of them
 // Where so much is gathered on all connections that it no longer lies in a processor's cache, what
 // is worth a write of its own leaves while it still does.
 constexpr std::size_t kMuchForAll = std::size_t{4} << 20;
@@ -127,22 +128,32 @@ void UvConnection::update_reading() {
       (phase_ == Phase::parting || (phase_ == Phase::standing && reading_ && events_ != nullptr)));
 }
 
-// All that is queued, so that it ends where a segment ends; or only what is lacking.
+// All that is queued, so that it ends where a segment ends; or only what is lacking. Where more is
+// queued than one read brings, the rest of its last string is read with it.
 void UvConnection::on_readable() {
   const auto self = shared_from_this();
-  int queued = 0;
-  if (ioctl(watch_->descriptor(), FIONREAD, &queued) != 0) queued = 0;
-  const std::size_t wanted = static_cast<std::size_t>(std::max(queued, 0)) + kSmallestRead;
-  const auto room = network_.loop().read_buffer(std::min(wanted, kLargestRead));
-  std::size_t most = room.size();
+  const auto room = network_.loop().read_buffer(kMostReadAtOnce + kMostBehind);
+  std::size_t most = kMostReadAtOnce;
   if (settling_ != nullptr && !broken_) most = std::min(settling_->lacks, most);
   if (events_ != nullptr) most = std::min(most, events_->most_at_once());
-  const ssize_t count =
-      uninterrupted([&] { return ::recv(watch_->descriptor(), room.data(), most, 0); });
+  const ssize_t count = receive(room.first(most));
   if (count < 0 && errno == EAGAIN) return;
   if (count <= 0) return ended(count < 0);
   if (phase_ != Phase::standing || events_ == nullptr) return;
-  arrived({room.data(), static_cast<std::size_t>(count)});
+  std::size_t bytes = static_cast<std::size_t>(count);
+  if (settling_ != nullptr) return lacking_came({room.data(), bytes});
+  std::size_t lacks = events_->lacks({room.data(), bytes});
+  while (lacks > 0 && bytes >= most && bytes + lacks <= room.size()) {
+    const ssize_t more = receive(room.subspan(bytes, lacks));
+    if (more <= 0) break;
+    bytes += static_cast<std::size_t>(more);
+    lacks = events_->lacks({room.data(), bytes});
+  }
+  arrived({room.data(), bytes}, lacks);
+}
+
+ssize_t UvConnection::receive(std::span<char> room) const {
+  return uninterrupted([&] { return ::recv(watch_->descriptor(), room.data(), room.size(), 0); });
 }
 
 void UvConnection::on_writable() {
@@ -151,15 +162,16 @@ void UvConnection::on_writable() {
   flush();
 }
 
-void UvConnection::arrived(std::string_view data) {
-  if (settling_ != nullptr) {
-    // What is lacking is looked for again only when it has come: the header, then the payload.
-    const std::size_t left = settling_->lacks - std::min(settling_->lacks, data.size());
-    data = settling_->bytes.append(data);
-    if (left > 0) return settle(data, left);
-  }
-  const std::size_t lacks = events_->lacks(data);
-  if (lacks > 0 && data.size() < kLargestRead) return settle(data, lacks);
+// What is lacking is looked for again only when it has come: the header, then the payload.
+void UvConnection::lacking_came(std::string_view data) {
+  const std::size_t left = settling_->lacks - std::min(settling_->lacks, data.size());
+  data = settling_->bytes.append(data);
+  if (left > 0) return settle(data, left);
+  arrived(data, events_->lacks(data));
+}
+
+void UvConnection::arrived(std::string_view data, std::size_t lacks) {
+  if (lacks > 0 && data.size() < kMostSettling) return settle(data, lacks);
   if (settling_ != nullptr) return announce_settled();
   events_->on_read(data);
 }
@@ -271,7 +283,9 @@ void UvConnection::flush_planned() {
 void UvConnection::flush() {
   if (phase_ != Phase::standing && phase_ != Phase::parting) return;
   const UvOutbox::Left left = outbox_->flush();
-  watch_->set_writing(left == UvOutbox::Left::waits);
+  if (const bool waits = left == UvOutbox::Left::waits; waits != awaits_room_) {
+    watch_->set_writing(awaits_room_ = waits);
+  }
   switch (left) {
     case UvOutbox::Left::all:
       if (phase_ == Phase::parting) send_end();

@@ -66,7 +66,9 @@ class UvConnection : public std::enable_shared_from_this<UvConnection>, private 
   void update_reading();
   void on_readable() override;
   void on_writable() override;
-  void arrived(std::string_view data);
+  ssize_t receive(std::span<char> room) const;
+  void lacking_came(std::string_view data);
+  void arrived(std::string_view data, std::size_t lacks);
   void settle(std::string_view data, std::size_t lacks);
   void count_settling();
   std::unique_ptr<Settling> end_settling();
@@ -90,6 +92,7 @@ class UvConnection : public std::enable_shared_from_this<UvConnection>, private 
   Phase phase_ = Phase::connecting;
   bool flush_planned_ = false;
   bool broken_ = false;  // writing failed, and that was not told yet
+  bool awaits_room_ = false;
   std::size_t counted_unsent_ = 0;
   std::optional<UvOutbox> outbox_;  // while it stands
 

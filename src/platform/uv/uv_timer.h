@@ -1,5 +1,5 @@
 // The Timer of the real loop. It waits in the loop's UvTimers from the time at which a tick was
-// due, so that an interval does not drift with the work of its ticks. A servent has two for every
+// due, so that an interval does not drift with the work of its ticks. A servent has one for every
 // connection, so it is small.
 #pragma once
 

@@ -1,5 +1,5 @@
 // The timers of one loop that are on, in the order in which they are due. One libuv timer stands
-// for all of them, so that a connection, which has two, needs no handles of libuv's for them. The
+// for all of them, so that a connection, which has one, needs no handle of libuv's for it. The
 // loop owns it; the timers own themselves and take themselves out. Times are the loop's, in
 // milliseconds.
 #pragma once
