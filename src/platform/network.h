@@ -32,8 +32,6 @@ class SocketEvents {
   // Asked before on_read: how many bytes are lacking for `queued` to end where one of the peer's
   // strings ends; 0 when it does, and when that cannot be known. They get a moment to arrive.
   [[nodiscard]] virtual std::size_t lacks(std::string_view) const { return 0; }
-  // For a receiver that wants less; no more than kMostReadAtOnce.
-  [[nodiscard]] virtual std::size_t most_at_once() const { return kMostReadAtOnce; }
 };
 
 // Destroying a socket closes it: no event comes any more. Bytes already written still leave, for a

@@ -20,7 +20,6 @@ namespace velmora {
 namespace {
 
 constexpr std::size_t kMaxLoggedMessage = 500;
-constexpr std::size_t kMostAtOnce = std::size_t{256} << 10;  // bytes of a file
 constexpr std::size_t kMaxServerName = 255;
 // An upload server takes a client that is gone before its next tick for one that did not receive
 // the file, so after the last byte the close is left to the server for so long.
@@ -42,7 +41,6 @@ class DownloadClient::Element : public SocketEvents {
   void on_read(std::string_view data) override {
     if (entry != 0 && !finishing) client_.downl_Read(*this, data);
   }
-  [[nodiscard]] std::size_t most_at_once() const override { return kMostAtOnce; }
   void on_disconnect() override {
     if (entry != 0 && !finishing) return client_.no_more(*this, "Disconnected");
     socket.reset();

@@ -8,12 +8,14 @@ namespace {
 
 constexpr std::string_view kMark = "VelMora-Stop: ";
 constexpr std::size_t kMostDigits = 4;
+// How far before its end a block's message may begin: others may send longer texts than this one.
+constexpr std::size_t kFarthest = 16 * 1024;
 constexpr std::size_t kLongest = kMark.size() + kMostDigits + 2 + kMaxStopText;
 
-// Where the part of a block begins that can hold a message; what lies before it, nearly all of a
-// file, is never looked at.
-std::size_t tail_of(std::string_view block) {
-  return block.size() - std::min(block.size(), kLongest);
+// Where the last bytes of a block begin; what lies before them, nearly all of a file, is never
+// looked at.
+std::size_t tail_of(std::string_view block, std::size_t bytes) {
+  return block.size() - std::min(block.size(), bytes);
 }
 
 // The text, if what follows the mark is a count, CR LF and exactly that many bytes.
@@ -46,7 +48,7 @@ bool is_begun(std::string_view bytes) {
 
 // A text may hold the mark itself, so the first place that fits is the message.
 std::optional<StopMessage> find_stop_message(std::string_view block) {
-  for (std::size_t at = block.find(kMark, tail_of(block)); at != std::string_view::npos;
+  for (std::size_t at = block.find(kMark, tail_of(block, kFarthest)); at != std::string_view::npos;
        at = block.find(kMark, at + 1)) {
     if (const auto text = text_after_mark(block.substr(at + kMark.size()))) {
       return StopMessage{at, *text};
@@ -56,8 +58,8 @@ std::optional<StopMessage> find_stop_message(std::string_view block) {
 }
 
 std::size_t begun_stop_message(std::string_view block) {
-  for (std::size_t at = block.find(kMark.front(), tail_of(block)); at != std::string_view::npos;
-       at = block.find(kMark.front(), at + 1)) {
+  for (std::size_t at = block.find(kMark.front(), tail_of(block, kLongest));
+       at != std::string_view::npos; at = block.find(kMark.front(), at + 1)) {
     if (is_begun(block.substr(at))) return at;
   }
   return block.size();

@@ -13,11 +13,11 @@ struct StopMessage {
   std::string_view text;  // inside the block
 };
 
-// A longer text would often arrive in pieces; none is sent, and none is a message.
-inline constexpr std::size_t kMaxStopText = 1024;
-
-// The message with which the block ends, if it ends in one whole message.
+// The message with which the block ends, if it ends in one whole message of at most 16 KiB.
 std::optional<StopMessage> find_stop_message(std::string_view block);
+
+// A longer text would often arrive in pieces; none is sent, and the rest of none is waited for.
+inline constexpr std::size_t kMaxStopText = 1024;
 
 // Where in the block a message may have begun of which the rest has not come; its size if nowhere.
 std::size_t begun_stop_message(std::string_view block);

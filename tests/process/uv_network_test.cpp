@@ -103,23 +103,6 @@ TEST_F(UvNetworkTest, APausedReaderGetsAllAtOnceAndContinuationsRunBehindPending
   EXPECT_EQ(servers[0].reads.front().size(), 3 * block.size());
 }
 
-TEST_F(UvNetworkTest, AReaderThatWantsLittleAtOnceGetsAllInPieces) {
-  Port port(there);
-  End client;
-  End server;
-  join(client, server, port);
-  server.most = 3'000;
-  server.socket->set_reading(false);
-  std::string sent;
-  for (int i = 0; sent.size() < 20'000; ++i) sent += std::to_string(i) + ' ';
-  client.socket->write(sent);
-  ASSERT_TRUE(until([&] { return client.socket->unacknowledged() == 0; }));
-  server.socket->set_reading(true);
-  ASSERT_TRUE(until([&] { return server.received().size() == sent.size(); }));
-  EXPECT_EQ(server.received(), sent);
-  for (const std::string& read : server.reads) EXPECT_LE(read.size(), server.most);
-}
-
 TEST_F(UvNetworkTest, ASlowReaderMeetsTheLimitAndLosesNothing) {
   Port port(there);
   End client;

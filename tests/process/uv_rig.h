@@ -68,7 +68,6 @@ class End : public SocketEvents {
   int disconnects = 0;
   std::function<void()> after_read;
   std::function<std::size_t(std::string_view)> lacking;
-  std::size_t most = kMostReadAtOnce;  // that one read may bring
 
  private:
   void on_connect() override { ++connects; }
@@ -81,7 +80,6 @@ class End : public SocketEvents {
   [[nodiscard]] std::size_t lacks(std::string_view queued) const override {
     return lacking ? lacking(queued) : 0;
   }
-  [[nodiscard]] std::size_t most_at_once() const override { return most; }
 };
 
 class Port : public ListenerEvents {

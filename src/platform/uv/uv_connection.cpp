@@ -135,7 +135,6 @@ void UvConnection::on_readable() {
   const auto room = network_.loop().read_buffer(kMostReadAtOnce + kMostBehind);
   std::size_t most = kMostReadAtOnce;
   if (settling_ != nullptr && !broken_) most = std::min(settling_->lacks, most);
-  if (events_ != nullptr) most = std::min(most, events_->most_at_once());
   const ssize_t count = receive(room.first(most));
   if (count < 0 && errno == EAGAIN) return;
   if (count <= 0) return ended(count < 0);
