@@ -1,7 +1,7 @@
 // The program's memory of other servents: every host that answered with a pong, most recent first.
 // At most 10,000 rows; row 1 is the host that ponged last. It knows neither its file nor its list
 // on the screen. Rows count from 1 and are good until the next change, as are references to them.
-// A pong costs the same however many rows there are.
+// A pong costs the same however many rows there are, but for the first after they were loaded.
 #pragma once
 
 #include <cstddef>

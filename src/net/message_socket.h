@@ -42,7 +42,9 @@ class MessageSocket : public SocketEvents {
   void on_read(std::string_view data) override { owner_.msg_Read(index_, data); }
   void on_disconnect() override { owner_.msg_Disconnect(index_); }
   [[nodiscard]] std::size_t lacks(std::string_view queued) const override {
-    return pending ? 0 : lacking_bytes(queued);
+    if (pending) return 0;
+    const std::size_t lacking = lacking_bytes(queued);
+    return lacking == kEndUnknown ? kLacksAllQueued : lacking;
   }
 
   const std::uint64_t generation;

@@ -20,6 +20,8 @@ inline constexpr std::size_t kMaxUnsentTotal = std::size_t{64} << 20;
 // What one read brings at most, or a little more, to end where one of the peer's strings ends. Much
 // more would no longer lie in a processor's cache when it is handled, and would take too long.
 inline constexpr std::size_t kMostReadAtOnce = std::size_t{256} << 10;
+// Said by a receiver that throws away the rest of what is queued, and so needs all of it at once.
+inline constexpr std::size_t kLacksAllQueued = static_cast<std::size_t>(-1);
 
 // Events of one socket. The receiver may write to, close or destroy the socket inside any of them.
 class SocketEvents {
@@ -31,6 +33,7 @@ class SocketEvents {
   virtual void on_disconnect() = 0;                 // the peer closed or reset; comes once, last
   // Asked before on_read: how many bytes are lacking for `queued` to end where one of the peer's
   // strings ends; 0 when it does, and when that cannot be known. They get a moment to arrive.
+  // kLacksAllQueued: whatever else is queued, and nothing that is not.
   [[nodiscard]] virtual std::size_t lacks(std::string_view) const { return 0; }
 };
 

@@ -8,9 +8,11 @@
 
 namespace velmora {
 
+// Of a download request and behind a bad length: the framing drops the rest of the chunk.
+inline constexpr std::size_t kEndUnknown = static_cast<std::size_t>(-1);
+
 // How much is lacking for the last descriptor's header or payload to be whole. 0 when nothing is,
-// and for what the framing would not follow to its end: fewer bytes than a header (a handshake),
-// a download request, a bad length.
+// and for fewer bytes than a header (a handshake).
 [[nodiscard]] std::size_t lacking_bytes(std::string_view chunk);
 
 }  // namespace velmora

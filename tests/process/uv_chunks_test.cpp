@@ -1,8 +1,10 @@
 // Where the chunks that a reader is told of begin and end, against a peer that is a bare socket.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <linux/sockios.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 
 #include <cstring>
@@ -73,6 +75,26 @@ class UvChunksTest : public testing::Test {
               static_cast<ssize_t>(bytes.size()));
   }
 
+  // More than one read brings, all in the kernel, and nothing in `reads`. The kernel takes so much
+  // after it has seen how fast it is read.
+  void queue_backlog(End& end) {
+    const std::string first(64U << 20, 'w');
+    std::jthread sender([&] { send_bare(first); });
+    std::size_t came = 0;
+    end.after_read = [&] {
+      came += end.reads.back().size();
+      end.reads.clear();
+    };
+    ASSERT_TRUE(until([&] { return came == first.size(); }));
+    sender.join();
+    end.after_read = {};
+    end.socket->set_reading(false);
+    send_bare(std::string(kBacklog, 'b'));
+    int queued = 0;
+    ASSERT_TRUE(until([&] { return ioctl(bare.get(), SIOCOUTQ, &queued) == 0 && queued == 0; }));
+  }
+
+  static constexpr std::size_t kBacklog = 3 * kMostReadAtOnce;
   UvLoop loop;
   UvNetwork network{loop, "127.0.0.1"};
   Descriptor bare;
@@ -156,6 +178,30 @@ TEST_F(UvChunksTest, EveryReadOfABacklogEndsWhereAStringEnds) {
     EXPECT_EQ(lacking(read), 0U);
     EXPECT_LT(read.size(), kMostReadAtOnce + 92);
   }
+}
+
+TEST_F(UvChunksTest, ABacklogOfWhichTheRestIsDroppedComesAsOne) {
+  End end;
+  dials(end);
+  ASSERT_NO_FATAL_FAILURE(queue_backlog(end));
+  end.lacking = [](std::string_view) { return kLacksAllQueued; };
+  end.socket->set_reading(true);
+  ASSERT_TRUE(until([&] { return !end.reads.empty(); }));
+  EXPECT_EQ(end.received().size(), kBacklog);
+  EXPECT_EQ(end.reads.size(), 1U);
+}
+
+TEST_F(UvChunksTest, ABacklogIsReadToItsEndThoughNothingCanBeWritten) {
+  End end;
+  dials(end);
+  ASSERT_NO_FATAL_FAILURE(queue_backlog(end));
+  const linger at_once{1, 0};
+  checked([&] { return setsockopt(bare.get(), SOL_SOCKET, SO_LINGER, &at_once, sizeof at_once); });
+  bare = Descriptor();
+  end.socket->write("to nobody");
+  end.socket->set_reading(true);
+  ASSERT_TRUE(until([&] { return end.disconnects == 1; }));
+  EXPECT_EQ(end.received().size(), kBacklog);
 }
 
 TEST_F(UvChunksTest, WhatStaysAwayIsNotWaitedFor) {

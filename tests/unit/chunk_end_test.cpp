@@ -29,12 +29,12 @@ TEST(ChunkEnd, LacksWhatTheLastDescriptorDeclares) {
       {two + descriptor(32'000, 0), 32'000},
       {two + "x", 22},  // a header that is not whole says nothing about its payload
       {two + whole(0).substr(0, 22), 1},
-      {descriptor(32'001, 0), 0},
-      {two + descriptor(0xFFFFFFFF, 10), 0},
-      {descriptor(33'000, 10) + descriptor(300, 10), 0},
+      {descriptor(32'001, 0), kEndUnknown},
+      {two + descriptor(0xFFFFFFFF, 10), kEndUnknown},
+      {descriptor(33'000, 10) + descriptor(300, 10), kEndUnknown},
       {"GNUTELLA CONNECT/0.4\n\n", 0},
-      {"GET /get/1/name HTTP/1.0\r\n\r\n", 0},
-      {"GET " + descriptor(300, 0).substr(4), 0},
+      {"GET /get/1/name HTTP/1.0\r\n\r\n", kEndUnknown},
+      {"GET " + descriptor(300, 0).substr(4), kEndUnknown},
   };
   for (const Case& one : cases) EXPECT_EQ(lacking_bytes(one.chunk), one.lacks) << one.chunk;
 }

@@ -141,14 +141,27 @@ void UvConnection::on_readable() {
   if (phase_ != Phase::standing || events_ == nullptr) return;
   std::size_t bytes = static_cast<std::size_t>(count);
   if (settling_ != nullptr) return lacking_came({room.data(), bytes});
-  std::size_t lacks = events_->lacks({room.data(), bytes});
-  while (lacks > 0 && bytes >= most && bytes + lacks <= room.size()) {
-    const ssize_t more = receive(room.subspan(bytes, lacks));
+  const bool more_queued = bytes == most;
+  std::size_t lacking = events_->lacks({room.data(), bytes});
+  while (more_queued && lacking > 0 && lacking <= room.size() - bytes) {
+    const ssize_t more = receive(room.subspan(bytes, lacking));
     if (more <= 0) break;
     bytes += static_cast<std::size_t>(more);
-    lacks = events_->lacks({room.data(), bytes});
+    lacking = events_->lacks({room.data(), bytes});
   }
-  arrived({room.data(), bytes}, lacks);
+  if (lacking != kLacksAllQueued) return arrived({room.data(), bytes}, lacking);
+  if (more_queued) return read_all_queued({room.data(), bytes});
+  arrived({room.data(), bytes}, 0);
+}
+
+void UvConnection::read_all_queued(std::string data) {
+  const auto room = network_.loop().read_buffer(kMostReadAtOnce);
+  while (data.size() < kMostSettling) {
+    const ssize_t more = receive(room);
+    if (more <= 0) break;
+    data.append(room.data(), static_cast<std::size_t>(more));
+  }
+  arrived(data, 0);
 }
 
 ssize_t UvConnection::receive(std::span<char> room) const {
@@ -166,7 +179,8 @@ void UvConnection::lacking_came(std::string_view data) {
   const std::size_t left = settling_->lacks - std::min(settling_->lacks, data.size());
   data = settling_->bytes.append(data);
   if (left > 0) return settle(data, left);
-  arrived(data, events_->lacks(data));
+  const std::size_t lacking = events_->lacks(data);
+  arrived(data, lacking == kLacksAllQueued ? 0 : lacking);
 }
 
 void UvConnection::arrived(std::string_view data, std::size_t lacks) {
@@ -254,7 +268,7 @@ void UvConnection::pushed(std::size_t bytes) {
   network_.unsent_changed(counted_unsent_, counted_unsent_ + bytes);
   counted_unsent_ += bytes;
   const bool much = network_.unsent() > kMuchForAll;
-  if (outbox_->unsent() >= (much ? kWorthAWrite : kGatheredBytes)) {
+  if (outbox_->failed() || outbox_->unsent() >= (much ? kWorthAWrite : kGatheredBytes)) {
     flush();
   } else if (!flush_planned_) {
     network_.flush_later(*this);
@@ -301,13 +315,21 @@ void UvConnection::flush() {
   count_unsent();
 }
 
-// What the peer sent before it went is still read; the post comes after that.
 void UvConnection::write_failed() {
   if (phase_ == Phase::parting) return over();
   if (broken_) return;
   broken_ = true;
+  end_when_read();
+}
+
+// What the peer sent before it went is still read, a part of it in every turn.
+void UvConnection::end_when_read() {
   network_.loop().post([self = shared_from_this()] {
-    if (self->phase_ == Phase::standing) self->ended(true);
+    if (self->phase_ != Phase::standing) return;
+    char next = 0;
+    const bool more = ::recv(self->watch_->descriptor(), &next, 1, MSG_PEEK | MSG_DONTWAIT) > 0;
+    if (more && self->events_ != nullptr) return self->end_when_read();
+    self->ended(true);
   });
 }
 

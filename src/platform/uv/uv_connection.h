@@ -67,6 +67,7 @@ class UvConnection : public std::enable_shared_from_this<UvConnection>, private 
   void on_readable() override;
   void on_writable() override;
   ssize_t receive(std::span<char> room) const;
+  void read_all_queued(std::string data);
   void lacking_came(std::string_view data);
   void arrived(std::string_view data, std::size_t lacks);
   void settle(std::string_view data, std::size_t lacks);
@@ -76,6 +77,7 @@ class UvConnection : public std::enable_shared_from_this<UvConnection>, private 
   void ended(bool reset);
   void tell_disconnect();
   void write_failed();
+  void end_when_read();
   [[nodiscard]] std::size_t queued() const;
   [[nodiscard]] bool fits(std::size_t bytes) const;
   void make_room(std::size_t bytes);

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <new>
 #include <utility>
 
 #include "platform/uv/uv_descriptor.h"
@@ -42,23 +43,41 @@ UvOutbox::UvOutbox(UvLoop& loop, int descriptor, std::function<void()> on_releas
       on_released_(std::move(on_released)) {}
 
 void UvOutbox::push(std::string_view data, bool alone) {
-  if (!alone && data.size() >= kGatheredBytes) data = leave_at_once(data);
   if (data.empty() || failed_) return;
-  bytes_ += data.size();
   if (alone) {
     gather();
     segments_.push_back({std::string(data), {}, true});
+    bytes_ += data.size();
     return;
   }
+  if (data.size() >= kGatheredBytes) return push_long(data);
+  keep(data);
+}
+
+// The packets of an upload: copying them first costs as much as reading them.
+void UvOutbox::push_long(std::string_view data) {
+  const std::string_view rest = leave_at_once(data);
+  try {
+    keep(rest);
+  } catch (const std::bad_alloc&) {
+    if (rest.size() < data.size())
+      fail();  // whoever writes all of it again would send a part twice
+    throw;
+  }
+}
+
+void UvOutbox::keep(std::string_view data) {
+  if (data.empty() || failed_) return;
   if (gathered_.bytes.empty()) {
     gathered_.bytes = spares_.take();
   } else if (!fits(data.size())) {
     cut();
   }
   gathered_.bytes += data;
+  bytes_ += data.size();
 }
 
-// The packets of an upload: copying them first costs as much as reading them. The rest is returned.
+// Returns the rest, if the kernel did not take all.
 std::string_view UvOutbox::leave_at_once(std::string_view data) {
   if (bytes_ > 0 || full_ || failed_ || hold_) return data;
   last_left_in_ = loop_.turn();

@@ -44,6 +44,7 @@ class UvOutbox {
   void room_came() { full_ = false; }
 
   [[nodiscard]] std::size_t unsent() const { return bytes_; }  // that the kernel has not taken
+  [[nodiscard]] bool failed() const { return failed_; }
 
  private:
   struct Segment {
@@ -52,6 +53,8 @@ class UvOutbox {
     bool alone = false;
   };
 
+  void push_long(std::string_view data);
+  void keep(std::string_view data);
   std::string_view leave_at_once(std::string_view data);
   std::size_t send(std::string_view bytes);
   [[nodiscard]] bool fits(std::size_t bytes) const;
