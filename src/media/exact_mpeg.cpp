@@ -65,7 +65,7 @@ std::optional<Frame> frame_at(std::string_view bytes) {
   frame.frequency = frequency_of(frame.version, frequency_index);
   frame.bitrate = mpeg_bitrate(frame.version & 1U, frame.layer, third >> 4U);
   if (frame.bitrate == 0) return {};
-  frame.length = static_cast<std::size_t>(length_of(frame, third >> 1U & 1U));
+  frame.length = static_cast<std::size_t>(length_of(frame, static_cast<int>(third >> 1U & 1U)));
   return frame;
 }
 

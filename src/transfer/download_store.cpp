@@ -133,7 +133,7 @@ void read_downloads(std::string_view text, std::vector<DownloadRecord>& entries,
     reader.line_end();
   }
   // Grown by what is there, never by what the file claims.
-  for (double row = 1; row <= rows; ++row) {
+  while (static_cast<double>(entries.size()) + 1 <= rows) {
     DownloadRecord entry = read_entry(reader);
     if (entries.size() >= most) throw PlatformError(Errc::out_of_memory);
     entries.push_back(std::move(entry));

@@ -14,7 +14,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using testing::HasSubstr;
-using testing::StartsWith;
 
 constexpr const char* kCurl = "/usr/bin/curl";
 constexpr const char* kWget = "/usr/bin/wget";

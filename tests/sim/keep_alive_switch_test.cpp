@@ -117,7 +117,7 @@ TEST(KeepAliveSwitch, TwoServentsStayConnected) {
     Servent classic(rig.world.add_host("1.0.0.1").platform(), std::move(options));
     classic.start();
     rig.form().new_host.enter("1.0.0.1");
-    rig.world.run_for(10 * 60'000);
+    rig.world.run_for(std::int64_t{10} * 60'000);
     EXPECT_EQ(rig.standing().contains(1), on);
   }
 }

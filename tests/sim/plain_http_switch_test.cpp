@@ -14,7 +14,6 @@
 namespace velmora::sim {
 namespace {
 
-using testing::ElementsAre;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;

@@ -53,7 +53,7 @@ std::string hit_of(ServentRig& rig, RawPeer& peer) {
 
 TEST(RandomIdentifiersSwitch, NoTwoAreEqualAndAllAreMarked) {
   std::set<std::string> seen;
-  for (const std::uint64_t seed : {1, 2, 1}) {
+  for (const std::uint64_t seed : {1U, 2U, 1U}) {
     ServentRig rig(fields(true), seed);
     const auto peer = rig.connected_peer("10.0.0.2");
     for (const std::string& guid : identifiers(rig, *peer)) {

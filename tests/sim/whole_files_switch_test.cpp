@@ -12,11 +12,10 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
-using ::testing::Not;
 using ::testing::StartsWith;
 
 constexpr const char* kFile = "Velmora_downloads.dat";
-constexpr int kMinute = 60'000;
+constexpr std::int64_t kMinute = 60'000;
 
 std::string header(std::size_t length) {
   return "HTTP 200 OK\r\nServer: Velmora\r\nContent-length: " + std::to_string(length) + "\r\n\r\n";

@@ -69,7 +69,7 @@ TEST(ExactMpeg, AllRates) {
           const std::string expected = std::to_string(hertz) + " " + std::to_string(bits);
           SCOPED_TRACE(expected + " layer " + std::to_string(column.layer));
           for (const bool padded : {false, true}) {
-            const auto size = static_cast<std::size_t>(length + (padded ? slot : 0));
+            const std::size_t size = static_cast<std::size_t>(padded ? length + slot : length);
             const std::string one = frame(version, column.layer, index, rate, size, padded);
             EXPECT_EQ(read(one + one), expected);
             EXPECT_EQ(read("x" + one + one.substr(0, 4)), expected);

@@ -9,8 +9,6 @@
 namespace velmora {
 namespace {
 
-using testing::HasSubstr;
-
 TEST(HttpRequest, IsToldFromAClassicOne) {
   const struct {
     const char* text;

@@ -26,7 +26,7 @@ class UvDialer : private WatchEvents {
 
   // An empty bind address leaves the choice to the system.
   UvDialer(UvLoop& loop, std::string bind_address, Result on_result);
-  ~UvDialer();
+  ~UvDialer() override;
   UvDialer(const UvDialer&) = delete;
   UvDialer& operator=(const UvDialer&) = delete;
 
