@@ -9,7 +9,7 @@ namespace {
 constexpr std::string_view kMark = "VelMora-Stop: ";
 constexpr std::size_t kMostDigits = 4;
 // How far before its end a block's message may begin: others may send longer texts than this one.
-constexpr std::size_t kFarthest = 16 * 1024;
+constexpr std::size_t kFarthest = std::size_t{16} << 10;
 constexpr std::size_t kLongest = kMark.size() + kMostDigits + 2 + kMaxStopText;
 
 // Where the last bytes of a block begin; what lies before them, nearly all of a file, is never
