@@ -158,7 +158,8 @@ def between_servents(context, report, descriptors=None):
     for link in (*LINKS, HITS_ALONE):
         part = int(descriptors * link[3])
         alone = link is HITS_ALONE
-        hits = max(descriptors // 1000, 100) if alone else max(part // 5000, 20)
+        # No more than are answered before a neighbour that is fed nothing any more is dropped.
+        hits = min(max(descriptors // 1000, 100) if alone else max(part // 5000, 20), 1000)
         run = measure(context, link, part, hits, 60 if link[1] else 10 if alone else 20)
         report.add(
             f"between two servents, {link[0]}",
