@@ -191,7 +191,7 @@ std::string Control::line(int timeout_ms) {
     if (count <= 0) return {};
     text_.append(buffer.data(), static_cast<std::size_t>(count));
   }
-  const std::string line = text_.substr(0, end);
+  std::string line = text_.substr(0, end);
   text_.erase(0, end + 1);
   return line;
 }

@@ -30,7 +30,7 @@ std::string made(std::size_t size, char fill = 'x') {
 std::size_t lacking(std::string_view bytes) {
   std::size_t at = 0;
   while (at + 2 <= bytes.size()) {
-    at += static_cast<unsigned char>(bytes[at]) | static_cast<unsigned char>(bytes[at + 1]) << 8;
+    at += static_cast<unsigned char>(bytes[at]) + 256U * static_cast<unsigned char>(bytes[at + 1]);
   }
   return at < bytes.size() ? 1 : at - bytes.size();
 }
