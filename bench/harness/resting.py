@@ -121,7 +121,9 @@ def idle(context, report):
         next(programs.PORTS)
     with ExitStack() as stack:
         idlers = {}
-        for name, command in _commands(context, port).items():
+        commands = _commands(context, port)
+        commands["timer"] = [context.program("bare_idle"), next(programs.PORTS), 500]
+        for name, command in commands.items():
             idlers[name] = Idler(stack.enter_context(programs.running(*command)))
         time.sleep(3)
         before = {name: (one.wakeups(), one.processor_ns()) for name, one in idlers.items()}
@@ -131,8 +133,8 @@ def idle(context, report):
             wakeups[name] = (one.wakeups() - before[name][0]) / seconds
             share[name] = (one.processor_ns() - before[name][1]) / seconds / 1e7
             memory[name] = one.memory_mib()
-    others = (("libuv", "bare libuv"), ("aria2c", "aria2c"),
-              ("transmission", "transmission-daemon"))
+    others = (("libuv", "bare libuv"), ("timer", "with an empty timer of 500 ms"),
+              ("aria2c", "aria2c"), ("transmission", "transmission-daemon"))
 
     def beside(values, form):
         return ", ".join(f"{label} {form.format(values[name])}" for name, label in others)

@@ -1,13 +1,14 @@
-// bare_idle PORT: a libuv loop with one listener and nothing else. What the servent's start and its
-// idling are measured against.
+// bare_idle PORT [MS]: a libuv loop with one listener and nothing else, or beside it a timer of MS
+// milliseconds that does nothing. What the servent's start and its idling are measured against.
 #include <uv.h>
 
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 
 int main(int argc, char** argv) {
-  if (argc != 2) {
-    std::fprintf(stderr, "bare_idle PORT\n");
+  if (argc != 2 && argc != 3) {
+    std::fprintf(stderr, "bare_idle PORT [MS]\n");
     return 2;
   }
   uv_loop_t* loop = uv_default_loop();
@@ -20,6 +21,13 @@ int main(int argc, char** argv) {
   if (uv_listen(stream, 200, [](uv_stream_t*, int) {}) != 0) {
     std::fprintf(stderr, "bare_idle: cannot listen\n");
     return 1;
+  }
+  uv_timer_t timer;
+  if (argc == 3) {
+    const auto period_ms = static_cast<std::uint64_t>(std::atoi(argv[2]));
+    uv_timer_init(loop, &timer);
+    uv_timer_start(
+        &timer, [](uv_timer_t*) {}, period_ms, period_ms);
   }
   std::printf("bare_idle runs\n");
   std::fflush(stdout);

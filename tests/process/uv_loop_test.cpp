@@ -104,7 +104,7 @@ TEST(UvLoop, TimersOfOneIntervalTickInTheOrderOfTheirStarts) {
       timers[static_cast<std::size_t>(i)]->set_enabled(false);
     }));
   }
-  for (const std::size_t i : {2, 1, 0, 3}) timers[i]->set_enabled(true);
+  for (const std::size_t i : {2U, 1U, 0U, 3U}) timers[i]->set_enabled(true);
   timers[1]->set_enabled(false);
   timers[1]->set_enabled(true);
   ASSERT_TRUE(run_until(loop, [&] { return ticks.size() == 4; }));

@@ -95,8 +95,15 @@ TEST(MessageConnections, PeersThatDawdleAreInTheWayForSecondsOnly) {
   dawdlers.push_back(rig.world.connect_raw("10.0.0.2", "10.0.0.1", 6346));
   auto late = rig.world.connect_raw("10.0.0.3", "10.0.0.1", 6346);
   late->send(kHello);
+  rig.world.run_for(200);
+  EXPECT_EQ(late->received(), "") << "200 are opening";
+  rig.form().port_config.enter("7000");
+  auto later = rig.world.connect_raw("10.0.0.4", "10.0.0.1", 7000);
+  later->send(kHello);
+  rig.world.run_for(200);
+  EXPECT_EQ(later->received(), "") << "the next listener accepts no more than the last one";
   dawdle(2);
-  EXPECT_EQ(late->received(), kWelcome);
+  EXPECT_EQ(later->received(), kWelcome);
   EXPECT_TRUE(dawdlers.front()->closed_by_peer());
   EXPECT_FALSE(dawdlers.back()->closed_by_peer()) << "the newest one has had no time yet";
 }

@@ -140,6 +140,9 @@ TEST_F(UploadServerTest, SendsAPacketOnEveryTickAndThenIsDone) {
   EXPECT_EQ(form.lupload.cell(1, 4), "10.0.0.2");
   form.show_dns.set_checked(true);
   EXPECT_EQ(form.lupload.cell(1, 4), "client.example");
+  EXPECT_EQ(form.lupload.cell_tooltip(1, 1), "a.bin");
+  EXPECT_EQ(form.lupload.cell_tooltip(1, 2), "");
+  EXPECT_EQ(form.lupload.cell_tooltip(1, 4), "client.example   10.0.0.2");
   peer->send(request("2", "b.mp3"));  // what comes now is not read, another request neither
   peer->send(std::string(3 * kMaxUploadRequest, 'x'));
   world.run_for(1000);
