@@ -25,7 +25,7 @@ for ((at = 2; at < CURRENT; ++at)); do
   word=$words[at]
   case $word in
     --profile) (( ++at )); profile=(--profile ${words[at]/#\~/$HOME}) ;;
-    --listen | --set | --timeout) (( ++at )) ;;
+    --listen | --set | --timeout | --first | --count | --for | --wait | --slot) (( ++at )) ;;
     -*) ;;
     *)
       if (( ${offers[(I)verb $word:*]} )); then

@@ -19,7 +19,7 @@ _velmora() {
     word=${COMP_WORDS[at]}
     case $word in
       --profile) profile=(--profile "${COMP_WORDS[++at]/#\~/$HOME}") ;;
-      --listen | --set | --timeout) ((++at)) ;;
+      --listen | --set | --timeout | --first | --count | --for | --wait | --slot) ((++at)) ;;
       -*) ;;
       *)
         if grep -qxF "verb $word" <<<"$offers"; then

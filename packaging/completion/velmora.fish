@@ -31,7 +31,7 @@ function __velmora_complete
             case --profile
                 set at (math $at + 1)
                 set profile --profile $words[$at]
-            case --listen --set --timeout
+            case --listen --set --timeout --first --count --for --wait --slot
                 set at (math $at + 1)
             case '-*'
             case '*'

@@ -11,8 +11,9 @@ namespace velmora::cli {
 namespace {
 
 constexpr auto kBetweenLooks = std::chrono::milliseconds(250);
-constexpr double kStale = 2;      // seconds in which an old status may still be shown
-constexpr double kNotBegun = 15;  // seconds in which a started entry leaves "Queued"
+constexpr double kStale = 2;       // seconds in which an old status may still be shown
+constexpr double kNextSource = 2;  // seconds in which the servent goes to the next source
+constexpr double kNotBegun = 15;   // seconds in which a started entry leaves "Queued"
 
 double seconds_since(Clock::time_point time) {
   return std::chrono::duration<double>(Clock::now() - time).count();
@@ -30,6 +31,7 @@ void Follow::add(std::size_t row, const std::string& name, const std::string& st
 
 void Follow::run() {
   Servent& servent = context_.servent();
+  whole_files_ = servent.text_or("whole_files_behaviour", "false") == "true";
   started_ = Clock::now();
   const auto deadline = context_.deadline(0);
   try {
@@ -75,18 +77,19 @@ void Follow::look_at(Entry& entry, const List& list) {
   if (status.percent) {
     entry.meter.add(passed, *status.percent * static_cast<double>(entry.size) / 100);
   }
-  switch (status.phase) {
-    case Phase::done:
-    case Phase::ended:
-      entry.over = entry.status != entry.status_before || passed > kStale;
-      break;
-    case Phase::waiting:
-      entry.over = entry.status == "Queued" && passed > kNotBegun;
-      break;
-    case Phase::running:
-      entry.status_before.clear();
-      break;
-  }
+  const bool ended = status.phase == Phase::done || status.phase == Phase::ended;
+  if (!ended) entry.ended_at = -1;
+  if (ended && entry.ended_at < 0) entry.ended_at = passed;
+  if (status.phase == Phase::running) entry.status_before.clear();
+  entry.over = ended ? over(entry, passed) : entry.status == "Queued" && passed > kNotBegun;
+}
+
+// Of an entry that shows an end: whether it is one.
+bool Follow::over(const Entry& entry, double passed) const {
+  if (entry.status == entry.status_before && passed <= kStale) return false;
+  const bool next_source =
+      whole_files_ && entry.status != "Done" && entry.status.find("again in ") == std::string::npos;
+  return !next_source || passed - entry.ended_at > kNextSource;
 }
 
 // What it showed before it was started is no news, unless that is all that it ever shows.

@@ -1,6 +1,7 @@
 // Follows entries of the download list until each of them has ended: progress bars on a terminal,
-// else a line for every change of a status and every tenth of a file. The downloads are the
-// servent's and go on without this.
+// else a line for every change of a status and every tenth of a file. With whole files switched on
+// one has ended when it is done, or when every source has failed and the servent waits before it
+// tries again. The downloads are the servent's and go on without this.
 #pragma once
 
 #include <cstddef>
@@ -31,10 +32,12 @@ class Follow {
     RateMeter meter;
     ToldStatus told;
     bool over = false;
+    double ended_at = -1;  // seconds since the start; below 0: it goes on
   };
 
   void look();
   void look_at(Entry& entry, const List& list);
+  [[nodiscard]] bool over(const Entry& entry, double passed) const;
   static void tell(Entry& entry);
   [[nodiscard]] bool all_over() const;
   void draw();
@@ -43,6 +46,7 @@ class Follow {
   Context& context_;
   std::vector<Entry> entries_;
   Clock::time_point started_;
+  bool whole_files_ = false;  // the servent goes from source to source
   std::size_t lines_drawn_ = 0;
 };
 

@@ -58,7 +58,7 @@ DownloadStatus read_download_status(std::string_view status, std::uint64_t size)
     return {Phase::running, percent};
   }
   for (const std::string_view waiting :
-       {"Queued", "Waiting", "Requesting", "Connected", "Connecting"}) {
+       {"Queued", "Waiting", "Requesting", "Asked", "Connected", "Connecting"}) {
     if (status.starts_with(waiting)) return {Phase::waiting, std::nullopt};
   }
   return {Phase::ended, std::nullopt};

@@ -129,7 +129,7 @@ void add_sharing(CLI::App& app, Context& context) {
   CLI::App* verb =
       add_verb(app, "share", kEverydayVerbs, "Share the files of directories, then scan them",
                "  velmora-cli share ~/Music\n  velmora-cli share --no-scan ~/Music ~/Books\n\n"
-               "Files of subdirectories are not shared. To share one no more:\n"
+               "Files of subdirectories are shared with large_library only. To share one no more:\n"
                "  velmora-cli remove upload_config ROW\n  velmora-cli scan");
   verb->add_option_function<std::vector<std::string>>(
           "DIR",

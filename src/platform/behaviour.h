@@ -69,7 +69,7 @@ inline constexpr std::array<BehaviourSwitch, 12> kBehaviourSwitches{{
      "They see no difference."},
     {&Behaviour::local_network, "local_network", "Local network",
      "Servents on the same network find each other; private addresses come into the cache.",
-     "They are found and connected to if they can be reached."},
+     "They are not found, for they do not announce themselves."},
 }};
 
 }  // namespace velmora

@@ -15,17 +15,13 @@ constexpr std::size_t kHashMark = 9;        // "_" and 8 digits
 constexpr std::size_t kMaxExtension = 120;  // with its dot; a longer one is cut like a name
 
 // What the program itself keeps in its profile, which may be the download directory.
-constexpr std::array<std::string_view, 11> kOwnNames = {"settings.toml",
-                                                        "settings.toml.bad",
-                                                        "velmora_cache.dat",
-                                                        "velmora_cache.dat.bad",
-                                                        "velmora_downloads.dat",
-                                                        "velmora_downloads.dat.bad",
-                                                        "velmora_identifier.txt",
-                                                        "velmora_shared.dat",
-                                                        "velmora_uploads.log",
-                                                        "control.sock",
-                                                        "lock"};
+constexpr std::array<std::string_view, 12> kOwnNames = {
+    "settings.toml",          "settings.toml.bad",
+    "velmora_cache.dat",      "velmora_cache.dat.bad",
+    "velmora_downloads.dat",  "velmora_downloads.dat.bad",
+    "velmora_identifier.txt", "velmora_shared.dat",
+    "velmora_uploads.log",    "window.ini",
+    "control.sock",           "lock"};
 
 std::string lower_case(std::string_view text) {
   std::string lower(text);

@@ -97,5 +97,27 @@ TEST(Programs, FindOfferAndFetchAFile) {
   EXPECT_EQ(bob->wait(), 0);
 }
 
+// The first source of the file is gone, and nobody is at home at its address.
+TEST(Programs, ADownloadIsFollowedToItsNextSource) {
+  TemporaryFolder music, downloads;
+  const std::string song(5'000, 'x');
+  std::ofstream(music.path() + "/song.bin", std::ios::binary) << song;
+  Resident stays("127.0.0.12");
+  auto leaves = std::make_unique<Resident>("127.0.0.11");
+  Resident bob("127.0.0.13", {"--set", "down_config=" + downloads.path()});
+  for (const Resident* sharer : {leaves.get(), &stays}) {
+    EXPECT_EQ(sharer->ask({"share", music.path()}).status, 0);
+  }
+  EXPECT_EQ(bob.ask({"connect", "127.0.0.11"}).status, 0);
+  EXPECT_EQ(bob.ask({"search", "song"}).status, 0);
+  EXPECT_EQ(bob.ask({"connect", "127.0.0.12"}).status, 0);
+  EXPECT_EQ(bob.ask({"search", "song"}).status, 0);
+  EXPECT_EQ(bob.ask({"behaviour", "whole_files", "on"}).status, 0);
+  leaves.reset();
+  const Outcome fetched = bob.ask({"download", "1"});
+  EXPECT_EQ(fetched.status, 0) << fetched.output << fetched.errors;
+  EXPECT_TRUE(content(downloads.path() + "/song.bin") == song);
+}
+
 }  // namespace
 }  // namespace velmora::process

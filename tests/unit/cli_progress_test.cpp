@@ -15,6 +15,7 @@ TEST(CliProgress, ReadsAStatusLeniently) {
       {"Queued", Phase::waiting, std::nullopt},
       {"Requesting to Connect", Phase::waiting, std::nullopt},
       {"Connected", Phase::waiting, std::nullopt},
+      {"Asked to push (2 sources)", Phase::waiting, std::nullopt},
       {"Downloading", Phase::running, std::nullopt},
       {"Downloading 45 % (1,415,577)", Phase::running, 45.0},
       {"Downloading 45.5%", Phase::running, 45.5},

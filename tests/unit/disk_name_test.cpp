@@ -38,6 +38,7 @@ TEST(DiskName, ChangesEveryNameThatIsNoCleanEntry) {
       {"VelMora_uploads.log", "VelMora_uploads" + hash + "\\.log"},
       {"control.sock", "control" + hash + "\\.sock"},
       {"lock", "lock" + hash},
+      {"window.ini", "window" + hash + "\\.ini"},
       {"song.mp3.Download", "song" + hash + "\\.mp3_Download"},
   };
   for (const auto& [name, expected] : cases) {
