@@ -1,11 +1,14 @@
 #include "cli/behaviour_verbs.h"
 
+#include <fmt/format.h>
+
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <memory>
 
 #include "cli/failure.h"
 #include "cli/values.h"
+#include "platform/behaviour.h"
 
 namespace velmora::cli {
 namespace {
@@ -89,6 +92,17 @@ void turn(Servent& servent, const std::string& name, const std::string& value) {
   servent.set(found->control, word == "on");
 }
 
+// The end of the help; completion takes the words from it.
+std::string names_to_choose() {
+  std::string text =
+      "Profiles:\n  classic                     Every switch off\n"
+      "  overlay                     Every switch on\n\nSwitches:\n";
+  for (const BehaviourSwitch& one : kBehaviourSwitches) {
+    text += fmt::format("  {:<28}{}\n", one.name, one.caption);
+  }
+  return text;
+}
+
 }  // namespace
 
 void add_behaviour_verbs(CLI::App& app, Context& context) {
@@ -102,8 +116,8 @@ void add_behaviour_verbs(CLI::App& app, Context& context) {
                "  velmora-cli behaviour                  the profile and its switches\n"
                "  velmora-cli behaviour overlay          every switch on\n"
                "  velmora-cli behaviour classic          every switch off\n"
-               "  velmora-cli behaviour relay on         one switch by itself\n\n"
-               "The manual explains the profiles switch by switch.");
+               "  velmora-cli behaviour relay on         one switch by itself\n\n" +
+                   names_to_choose() + "\nThe manual explains the profiles switch by switch.");
   verb->add_option_function<std::string>(
       "PROFILE|SWITCH", [given](const std::string& text) { given->name = argument_text(text); },
       "classic, overlay, or the name of a switch");
