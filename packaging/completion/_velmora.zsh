@@ -65,5 +65,6 @@ elif [[ $current == -* ]]; then
   _describe option shown
 else
   shown=(${${(M)offers:#verb *}#verb })
+  (( arguments )) || shown+=(${=${(M)${(f)help}:#Names: *}#Names: })
   _describe verb shown
 fi

@@ -59,6 +59,7 @@ _velmora() {
     word=$(awk '$1 == "option" { print $2 }' <<<"$offers")
   else
     word=$(awk '$1 == "verb" { print $2 }' <<<"$offers")
+    [[ $arguments -gt 0 ]] || word+=$'\n'$(sed -n 's/^Names: //p' <<<"$help")
   fi
   mapfile -t COMPREPLY < <(compgen -W "$word" -- "$cur")
 }

@@ -70,6 +70,8 @@ function __velmora_complete
         velmora-cli $profile --timeout 1 controls 2>/dev/null | awk 'NR > 1 { print $1 }'
     else
         __velmora_offers verb $help
+        test $arguments -eq 0
+        and string match -r -g '(?m)^Names: (.*)' $help | string split ' '
     end
 end
 

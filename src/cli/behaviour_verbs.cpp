@@ -1,7 +1,5 @@
 #include "cli/behaviour_verbs.h"
 
-#include <fmt/format.h>
-
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <memory>
@@ -92,14 +90,10 @@ void turn(Servent& servent, const std::string& name, const std::string& value) {
   servent.set(found->control, word == "on");
 }
 
-// The end of the help; completion takes the words from it.
+// A line of the help, from which completion takes the words.
 std::string names_to_choose() {
-  std::string text =
-      "Profiles:\n  classic                     Every switch off\n"
-      "  overlay                     Every switch on\n\nSwitches:\n";
-  for (const BehaviourSwitch& one : kBehaviourSwitches) {
-    text += fmt::format("  {:<28}{}\n", one.name, one.caption);
-  }
+  std::string text = "Names: classic overlay";
+  for (const BehaviourSwitch& one : kBehaviourSwitches) text += std::string(" ") + one.name;
   return text;
 }
 
@@ -117,7 +111,7 @@ void add_behaviour_verbs(CLI::App& app, Context& context) {
                "  velmora-cli behaviour overlay          every switch on\n"
                "  velmora-cli behaviour classic          every switch off\n"
                "  velmora-cli behaviour relay on         one switch by itself\n\n" +
-                   names_to_choose() + "\nThe manual explains the profiles switch by switch.");
+                   names_to_choose() + "\n\nThe manual explains the profiles switch by switch.");
   verb->add_option_function<std::string>(
       "PROFILE|SWITCH", [given](const std::string& text) { given->name = argument_text(text); },
       "classic, overlay, or the name of a switch");

@@ -49,7 +49,7 @@ void require_download_folder(Servent& servent) {
 List find_result(Servent& servent, std::size_t row) {
   List result = servent.list("lfound", row, 1);
   if (result.rows.empty()) {
-    throw Failure(fmt::format("there is no result {}: lfound has {}", row, result.total));
+    throw Failure(fmt::format("there is no result {}: there are {}", row, result.total));
   }
   return result;
 }

@@ -73,7 +73,7 @@ void status(Context& context) {
   say("Ports", fmt::format("{} for messages, {} for uploads", value_text(out["message_port"]),
                            value_text(out["upload_port"])));
   say("Connections", fmt::format("{} in, {} out", text("connections_in"), text("connections_out")));
-  say("Shared", fmt::format("{} files, {} bytes", text("shared_files"), text("shared_bytes")));
+  say("Shared", shared_text(out["shared_files"], out["shared_bytes"]));
   say("Results", text("results"));
   say("Downloads", fmt::format("{} ({} running, {} done)", text("downloads"),
                                text("downloads_running"), text("downloads_done")));
@@ -129,7 +129,19 @@ class HostWatch {
   std::string status_;
 };
 
+// The servent would wrap a number that is no port into one that is.
+void require_port(std::string_view host) {
+  const std::size_t colon = host.find(':');
+  if (colon == std::string_view::npos) return;
+  const std::string port(host.substr(colon + 1));
+  const bool digits = !port.empty() && port.find_first_not_of("0123456789") == std::string::npos;
+  if (!digits || port.size() > 5 || std::stoi(port) < 1 || std::stoi(port) > 65535) {
+    throw Failure("\"" + port + "\" is no port: they go from 1 to 65535");
+  }
+}
+
 void connect(Context& context, const std::string& host, bool wait) {
+  require_port(host);
   Servent& servent = context.servent();
   servent.subscribe({"lHosts"});
   HostWatch watch(servent, without_port(host));
@@ -155,7 +167,10 @@ void connect(Context& context, const std::string& host, bool wait) {
     }
     return;
   }
-  if (already) throw Failure(message + " (" + watch.status() + ")");
+  if (already) {
+    throw Failure(host + ": " + watch.status() +
+                  " a moment ago; it can be tried again when that connection is \"Sock freed\"");
+  }
   if (watch.status().empty()) throw Failure(host + " did not appear among the connections");
   throw Failure(host + ": " + watch.status() + (over ? "" : " (no answer yet)"));
 }
@@ -165,7 +180,7 @@ void disconnect(Context& context, std::size_t row) {
   servent.subscribe({"lHosts"});
   const List before = servent.list("lHosts", row, 1);
   if (before.rows.empty()) {
-    throw Failure(fmt::format("there is no row {}: lHosts has {}", row, before.total));
+    throw Failure(fmt::format("there is no connection {}: there are {}", row, before.total));
   }
   const std::string status_before = before.cell(0, "Stat");
   if (!is_connected(status_before) && !is_connecting(status_before)) {

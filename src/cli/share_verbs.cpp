@@ -32,8 +32,7 @@ void print_shared(const Context& context, const nlohmann::json& out) {
     table.add({std::to_string(table.rows() + 1), value_text(folder)});
   }
   Context::print_table(table, "No directories.");
-  Context::print(visible(fmt::format("{} files shared, {} bytes", shown_value(out["files"]),
-                                     shown_value(out["bytes"]))));
+  Context::print(visible("Shared: " + shared_text(out["files"], out["bytes"])));
 }
 
 nlohmann::json shared_now(Servent& servent) {
@@ -104,7 +103,7 @@ void stop(Context& context, std::size_t row) {
   const auto status = [&] {
     const List list = servent.list("lupload", row, 1);
     if (list.rows.empty()) {
-      throw Failure(fmt::format("there is no row {}: lupload has {}", row, list.total));
+      throw Failure(fmt::format("there is no upload {}: there are {}", row, list.total));
     }
     return list.cell(0, "Status");
   };

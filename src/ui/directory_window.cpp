@@ -44,6 +44,7 @@ DirectoryWindow::DirectoryWindow(FormBinding& binding, QWidget* parent)
       binding_(binding),
       places_(new QComboBox),
       tree_(new QTreeView),
+      field_(binding.line_edit(form_.frmDir_path)),
       trouble_(new QLabel) {
   ValueLabel* caption = binding.label(form_.frmDir_caption);
   auto* fields = new QFormLayout;
@@ -57,7 +58,7 @@ DirectoryWindow::DirectoryWindow(FormBinding& binding, QWidget* parent)
   tree_->setEditTriggers(QAbstractItemView::NoEditTriggers);
   tree_->setAccessibleName(tr("Directories"));
   auto* path = new QFormLayout;
-  path->addRow(binding.caption_label(form_.frmDir_path), binding.line_edit(form_.frmDir_path));
+  path->addRow(binding.caption_label(form_.frmDir_path), field_);
   trouble_->setTextFormat(Qt::PlainText);
   trouble_->setWordWrap(true);
   QSizePolicy keeps_its_place = trouble_->sizePolicy();
@@ -72,7 +73,9 @@ DirectoryWindow::DirectoryWindow(FormBinding& binding, QWidget* parent)
   ok_ = binding.button(form_.frmDir_ok);
   buttons->addButton(ok_, QDialogButtonBox::ActionRole);
   ok_->setDefault(true);
-  buttons->addButton(binding.button(form_.frmDir_cancel), QDialogButtonBox::ActionRole);
+  FormButton* cancel = binding.button(form_.frmDir_cancel);
+  cancel->setAutoDefault(false);  // Enter is for the chosen folder, whatever was pressed before
+  buttons->addButton(cancel, QDialogButtonBox::ActionRole);
 
   auto* column = new QVBoxLayout(this);
   column->addWidget(caption);
@@ -93,6 +96,7 @@ DirectoryWindow::DirectoryWindow(FormBinding& binding, QWidget* parent)
 
 void DirectoryWindow::prepare() {
   trouble_->hide();
+  ok_->setDefault(true);
   make_model();
   list_places();
 }
@@ -105,6 +109,9 @@ void DirectoryWindow::start_somewhere() {
   } else {
     path_changed();
   }
+  field_->show_bytes(form_.frmDir_path.text());  // a path that is typed takes this one's place
+  field_->setFocus();
+  field_->selectAll();
 }
 
 void DirectoryWindow::list_places() {

@@ -17,6 +17,8 @@ class QTreeView;
 
 namespace velmora::ui {
 
+class LineEdit;
+
 class DirectoryWindow : public FormWindow {
   Q_OBJECT
 
@@ -41,6 +43,7 @@ class DirectoryWindow : public FormWindow {
   FormBinding& binding_;
   QComboBox* places_;
   QTreeView* tree_;
+  LineEdit* field_;  // the path
   QLabel* trouble_;
   QPushButton* ok_ = nullptr;
   QFileSystemModel* model_ = nullptr;

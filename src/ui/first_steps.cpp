@@ -80,8 +80,9 @@ void FirstSteps::make_steps() {
   outcome_ = new QLabel;
   outcome_->setTextFormat(Qt::PlainText);
   outcome_->setAccessibleName(tr("What became of the connection"));
-  host_step_ =
-      add_step(tr("Connect to a first host; it tells of more."), {outcome_, host_, connect_button});
+  host_step_ = add_step(
+      tr("Connect to a first host, then search: one that is silent for 25 seconds is dropped."),
+      {outcome_, host_, connect_button});
   outcome_->hide();
 }
 

@@ -36,6 +36,7 @@ SearchPage::SearchPage(Servent& servent, FormBinding& bind, QWidget* parent)
                              captioned(bind, form.totalsearch, total)}));
 
   results_->set_activate_text(tr("Queue the download"));
+  results_->on_activate = [this](const auto& queue) { queue_and_tell(queue); };
   column->addWidget(results_, 1);
   setFocusProxy(words);
   follow_form(bind);
@@ -50,6 +51,15 @@ void SearchPage::follow_form(FormBinding& bind) {
     if (form.totalsearch.text() == "0") sent_before_ = servent_.parts().counters.queries_sent;
     results_->set_empty_hint(empty_hint());
   });
+}
+
+// The program itself says nothing when it takes a result into the list.
+void SearchPage::queue_and_tell(const std::function<void()>& queue) {
+  StatusBar& bar = servent_.form().StatusBar;
+  const std::uint64_t said = bar.times_said();
+  queue();
+  if (bar.times_said() != said) return;
+  bar.set_note(tr("Queued. \"Resume\" on the page \"Download\" starts it.").toStdString());
 }
 
 QString SearchPage::empty_hint() const {

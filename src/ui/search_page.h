@@ -4,6 +4,7 @@
 #pragma once
 
 #include <QWidget>
+#include <functional>
 
 #include "app/servent.h"
 
@@ -21,6 +22,7 @@ class SearchPage final : public QWidget {
  private:
   void follow_form(FormBinding& bind);
   [[nodiscard]] QString empty_hint() const;
+  void queue_and_tell(const std::function<void()>& queue);
 
   Servent& servent_;
   ListTable* results_;

@@ -20,9 +20,13 @@ UploadPage::UploadPage(Form& form, FormBinding& bind, QWidget* parent) : QWidget
   auto* column = new QVBoxLayout(this);
   ListTable* uploads = bind.list(form.lupload);
   uploads->set_activate_text(tr("Stop the upload"));
-  uploads->set_empty_hint(
-      tr("Nobody fetches a file from you. Share a folder on the page \"Configuration\", and press "
-         "\"Scan\"."));
+  bind.follow(form.sharesize_config, this, [uploads, &form] {
+    const bool shares = form.sharesize_config.text() != "0";
+    uploads->set_empty_hint(shares
+                                ? tr("Nobody fetches a file from you.")
+                                : tr("Nobody fetches a file from you. Share a folder on the page "
+                                     "\"Configuration\", and press \"Scan\"."));
+  });
   column->addWidget(uploads, 1);
 
   auto* limits = form_rows();

@@ -79,6 +79,7 @@ TEST(Overlay, OneEndOfAChainFindsAndMeetsTheOthers) {
 
 TEST(Overlay, AServentAloneSaysWhatItLacks) {
   const Neighbour hermit(21);
+  EXPECT_THAT(hermit.ask({"connect", "127.0.0.22:65536"}, 1), HasSubstr("is no port"));
   EXPECT_THAT(hermit.ask({"more"}, 1), HasSubstr("No Connections to send Ping!"));
   EXPECT_THAT(hermit.ask({"auto"}, 1), HasSubstr("no connection came about"));
   EXPECT_EQ(hermit.ask({"auto", "--detach", "--json"}), "{\"running\":false}\n");

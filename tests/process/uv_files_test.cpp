@@ -188,7 +188,7 @@ TEST(ConsoleScreen, WritesBoxesAndAnswersYes) {
   char text[100] = {};
   const std::size_t size = std::fread(text, 1, sizeof text, output);
   std::fclose(output);
-  EXPECT_EQ(std::string(text, size), "Velmora: two\\x0Alines\nReally: Delete?\n");
+  EXPECT_EQ(std::string(text, size), "Velmora: two lines\nReally: Delete?\n");
 }
 
 }  // namespace

@@ -306,6 +306,9 @@ TEST_F(Binding, StatusGrowsPaleAndANoteGoes) {
   let_it_grow_old();
   EXPECT_EQ(bar.panel(1)->text(), "lasting");
   EXPECT_TRUE(bar.panel(1)->old());
+  form_.StatusBar.set_panel(2, "Connections: 0 in, 2 out");
+  settle();
+  EXPECT_TRUE(bar.panel(1)->old());  // nothing was said
   form_.StatusBar.set_panel(1, "lasting");
   settle();
   EXPECT_FALSE(bar.panel(1)->old());  // it was said again

@@ -46,6 +46,10 @@ TEST_F(Chooser, TreeAndPathFollowEachOther) {
   ASSERT_TRUE(QDir().mkpath(music) && QDir().mkpath(folder_.filePath("video")));
   show("");
   EXPECT_EQ(path(), QDir::homePath());
+  QTest::keyClicks(window_.focusWidget(), folder_.path());
+  EXPECT_EQ(path(), folder_.path()) << "typing begins a path of its own";
+  show("");
+  EXPECT_EQ(path(), QDir::homePath());
   EXPECT_EQ(in_tree(), QDir::homePath());
   window_.reject();
   settle();
@@ -73,6 +77,27 @@ TEST_F(Chooser, TreeAndPathFollowEachOther) {
   settle();
   EXPECT_EQ(path(), "/");
   EXPECT_EQ(places.currentData().toString(), "/");
+}
+
+// Also after it was called off, by a button or by Escape.
+TEST_F(Chooser, EnterTakesWhatIsChosen) {
+  const QString music = folder_.filePath("music");
+  ASSERT_TRUE(QDir().mkpath(music));
+  for (const bool by_button : {false, true}) {
+    show(folder_.path());
+    if (by_button) binding_.widget(form_.frmDir_cancel)->setFocus();
+    QTest::keyClick(by_button ? binding_.widget(form_.frmDir_cancel) : window_.tree(),
+                    by_button ? Qt::Key_Space : Qt::Key_Escape);
+    settle();
+    ASSERT_FALSE(form_.frmDir.shown());
+    show(folder_.path());
+    window_.tree()->setFocus();
+    window_.tree()->setCurrentIndex(model().index(music));
+    QTest::keyClick(window_.tree(), Qt::Key_Return);
+    settle();
+    EXPECT_FALSE(form_.frmDir.shown());
+    EXPECT_EQ(form_.down_config.text(), music.toStdString()) << by_button;
+  }
 }
 
 TEST_F(Chooser, ShowsTheChosenFolderInTheMiddle) {

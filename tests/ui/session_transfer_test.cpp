@@ -94,7 +94,7 @@ TEST_F(TransferSession, FindsSortsQueuesAndFetchesAFile) {
   EXPECT_EQ(form().lfound.cell(1, 1), first) << "the program's own order stays";
 
   double_click(form().lfound, "song");
-  EXPECT_NE(rig_.status(), "This file is already qued to Download.");
+  EXPECT_EQ(rig_.status(), "Queued. \"Resume\" on the page \"Download\" starts it.");
   double_click(form().lfound, "song");
   EXPECT_EQ(rig_.status(), "This file is already qued to Download.");
   rig_.go_to(Page::configuration);

@@ -1,5 +1,7 @@
 #include "platform/uv/console_screen.h"
 
+#include <algorithm>
+
 #include "platform/error.h"
 #include "platform/visible_text.h"
 
@@ -20,7 +22,9 @@ void ConsoleScreen::open_text_file(const std::string&) {
 }
 
 void ConsoleScreen::write_line(const std::string& title, const std::string& text) {
-  const std::string line = escape_control_bytes(title + ": " + text) + "\n";
+  std::string words = text;
+  std::replace(words.begin(), words.end(), '\n', ' ');
+  const std::string line = escape_control_bytes(title + ": " + words) + "\n";
   std::fwrite(line.data(), 1, line.size(), output_);
   std::fflush(output_);
 }

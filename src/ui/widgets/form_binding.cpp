@@ -56,7 +56,8 @@ void FormBinding::bind(Control& control, QWidget& widget) {
 
 void FormBinding::follow(Control& control, QObject* owner, std::function<void()> refresh) {
   refresh();
-  followers_[&control].push_back({owner, std::move(refresh)});
+  followers_[&control].push_back(
+      {owner, std::make_shared<std::function<void()>>(std::move(refresh))});
 }
 
 QLabel* FormBinding::caption_label(Control& control) {
@@ -100,8 +101,8 @@ void FormBinding::flush() {
     std::vector<Follower>& followers = followers_[control];
     std::erase_if(followers, [](const Follower& follower) { return !follower.owner; });
     for (std::size_t i = 0; i < followers.size(); ++i) {
-      const std::function<void()> refresh = followers[i].refresh;  // it may add a follower
-      apply(refresh);
+      const auto refresh = followers[i].refresh;  // it may add a follower
+      apply(*refresh);
     }
   }
 }

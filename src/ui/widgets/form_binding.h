@@ -10,6 +10,7 @@
 #include <QPointer>
 #include <QTimer>
 #include <functional>
+#include <memory>
 #include <unordered_map>
 #include <unordered_set>
 #include <vector>
@@ -80,7 +81,7 @@ class FormBinding : public QObject {
  private:
   struct Follower {
     QPointer<QObject> owner;
-    std::function<void()> refresh;
+    std::shared_ptr<std::function<void()>> refresh;  // which may keep a state of its own
   };
 
   void note(Control& control);

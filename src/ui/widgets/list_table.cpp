@@ -114,7 +114,8 @@ void ListTable::remember_in(QSettings* settings) {
 void ListTable::activate_current() {
   const std::size_t row = model_->list_row(currentIndex());
   if (row == 0) return;
-  ask([&] { list_.activate(row); });
+  const auto activate = [&] { list_.activate(row); };
+  ask([&] { on_activate ? on_activate(activate) : activate(); });
 }
 
 // The rows as they are shown, in the columns as they are shown.

@@ -43,6 +43,8 @@ class ListTable : public QTableView {
   [[nodiscard]] ListHeader& list_header() { return *header_; }
   static Clock steady_clock();
 
+  // Runs the activation of a row, where the page has something to add to it.
+  std::function<void(const std::function<void()>& activate)> on_activate;
   // Told what the program said when it could not do what was asked.
   std::function<void(QString)> on_error;
 
