@@ -35,7 +35,7 @@ void remove_cached(Context& context, std::size_t row) {
   Servent& servent = context.servent();
   const List list = servent.list(kCache, row, 1);
   if (list.rows.empty()) {
-    throw Failure(fmt::format("there is no row {}: {} has {}", row, kCache, list.total));
+    throw Failure(fmt::format("there is no row {}: the cache has {}", row, list.total));
   }
   servent.act_on_row("select", kCache, row);
   servent.press("remove_cache");

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "cli/terminal.h"
 #include "cli/visible_text.h"
@@ -26,15 +27,15 @@ void Follow::add(std::size_t row, const std::string& name, const std::string& st
   const bool known = std::any_of(entries_.begin(), entries_.end(), [&](const Entry& entry) {
     return entry.row == row && entry.name == name;
   });
-  if (!known) entries_.push_back({row, name, status, status, 0, {}, {}, false});
+  if (!known) entries_.push_back({row, name, status, status, 0, {}, {}, false, -1, {}});
 }
 
 void Follow::run() {
   Servent& servent = context_.servent();
-  whole_files_ = servent.text_or("whole_files_behaviour", "false") == "true";
   started_ = Clock::now();
   const auto deadline = context_.deadline(0);
   try {
+    whole_files_ = servent.text_or("whole_files_behaviour", "false") == "true";
     for (look(); !all_over() && Clock::now() < deadline; look()) {
       const auto next = Clock::now() + kBetweenLooks;
       servent.pass(std::min(next, deadline));
@@ -70,6 +71,8 @@ void Follow::look_at(Entry& entry, const List& list) {
     entry.over = true;
     return;
   }
+  const std::string source = list.cell(entry.row - 1, "Location");
+  if (std::exchange(entry.source, source) != source) entry.ended_at = -1;
   entry.status = list.cell(entry.row - 1, "Status");
   entry.size = read_count(list.cell(entry.row - 1, "Size"));
   const DownloadStatus status = read_download_status(entry.status, entry.size);

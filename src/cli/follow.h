@@ -33,6 +33,7 @@ class Follow {
     ToldStatus told;
     bool over = false;
     double ended_at = -1;  // seconds since the start; below 0: it goes on
+    std::string source;    // the one in use
   };
 
   void look();

@@ -129,15 +129,14 @@ class HostWatch {
   std::string status_;
 };
 
-// The servent would wrap a number that is no port into one that is.
+// The servent would take a number above the ports for another port.
 void require_port(std::string_view host) {
   const std::size_t colon = host.find(':');
   if (colon == std::string_view::npos) return;
-  const std::string port(host.substr(colon + 1));
-  const bool digits = !port.empty() && port.find_first_not_of("0123456789") == std::string::npos;
-  if (!digits || port.size() > 5 || std::stoi(port) < 1 || std::stoi(port) > 65535) {
-    throw Failure("\"" + port + "\" is no port: they go from 1 to 65535");
-  }
+  constexpr std::uint64_t kLastPort = 65535;
+  if (read_count(host.substr(colon + 1)) <= kLastPort) return;
+  throw Failure(
+      fmt::format("{} is no port: the last one is {}", host.substr(colon + 1), kLastPort));
 }
 
 void connect(Context& context, const std::string& host, bool wait) {
@@ -167,9 +166,9 @@ void connect(Context& context, const std::string& host, bool wait) {
     }
     return;
   }
-  if (already) {
-    throw Failure(host + ": " + watch.status() +
-                  " a moment ago; it can be tried again when that connection is \"Sock freed\"");
+  if (already && over) {
+    throw Failure(message + " (" + watch.status() +
+                  "; it can be tried again when that connection is \"Sock freed\")");
   }
   if (watch.status().empty()) throw Failure(host + " did not appear among the connections");
   throw Failure(host + ": " + watch.status() + (over ? "" : " (no answer yet)"));

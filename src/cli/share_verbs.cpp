@@ -32,7 +32,7 @@ void print_shared(const Context& context, const nlohmann::json& out) {
     table.add({std::to_string(table.rows() + 1), value_text(folder)});
   }
   Context::print_table(table, "No directories.");
-  Context::print(visible("Shared: " + shared_text(out["files"], out["bytes"])));
+  Context::print(visible(shared_text(out["files"], out["bytes"], " shared")));
 }
 
 nlohmann::json shared_now(Servent& servent) {

@@ -94,11 +94,13 @@ bool shows_address(std::string_view cell, std::string_view address) {
   return false;
 }
 
-std::string shared_text(const nlohmann::json& files, const nlohmann::json& bytes) {
+std::string shared_text(const nlohmann::json& files, const nlohmann::json& bytes,
+                        std::string_view verb) {
   const std::string count = shown_value(files);
   const std::string size = shown_value(bytes);
-  if (count == "0" && size != "0") return size + " bytes, as listed by an earlier scan";
-  return fmt::format("{} {}, {} bytes", count, count == "1" ? "file" : "files", size);
+  if (count == "0" && size != "0")
+    return fmt::format("{} bytes{}, as an earlier scan listed them", size, verb);
+  return fmt::format("{} {}{}, {} bytes", count, count == "1" ? "file" : "files", verb, size);
 }
 
 std::string_view without_port(std::string_view host) { return host.substr(0, host.find(':')); }

@@ -23,8 +23,10 @@ std::string value_text(const nlohmann::json& value);
 
 // The same, but a count with its thousands apart: "1,234".
 std::string shown_value(const nlohmann::json& value);
-// "3 files, 4,096 bytes". After a start only the size of the list in use is known.
-std::string shared_text(const nlohmann::json& files, const nlohmann::json& bytes);
+// "3 files, 4,096 bytes", or "3 files shared, ..." with the verb " shared". After a start only the
+// size of the list in use is known.
+std::string shared_text(const nlohmann::json& files, const nlohmann::json& bytes,
+                        std::string_view verb = "");
 
 // "1,234" as the number 1234; any other text as it is.
 nlohmann::json number_or_text(const std::string& text);

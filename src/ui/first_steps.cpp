@@ -81,7 +81,7 @@ void FirstSteps::make_steps() {
   outcome_->setTextFormat(Qt::PlainText);
   outcome_->setAccessibleName(tr("What became of the connection"));
   host_step_ = add_step(
-      tr("Connect to a first host, then search: one that is silent for 25 seconds is dropped."),
+      tr("Connect to a first host, then search. Without traffic it is dropped after 25 seconds."),
       {outcome_, host_, connect_button});
   outcome_->hide();
 }

@@ -53,13 +53,25 @@ void SearchPage::follow_form(FormBinding& bind) {
   });
 }
 
+bool SearchPage::starts_by_itself() const {
+  for (std::size_t i = 0; i < kBehaviourSwitches.size(); ++i) {
+    if (kBehaviourSwitches.at(i).flag != &Behaviour::whole_files) continue;
+    return servent_.form().behaviour_boxes.at(i).checked();
+  }
+  return false;
+}
+
 // The program itself says nothing when it takes a result into the list.
 void SearchPage::queue_and_tell(const std::function<void()>& queue) {
-  StatusBar& bar = servent_.form().StatusBar;
-  const std::uint64_t said = bar.times_said();
+  Form& form = servent_.form();
+  const std::uint64_t said = form.StatusBar.times_said();
+  const std::uint64_t list_before = form.ldown.version();
   queue();
-  if (bar.times_said() != said) return;
-  bar.set_note(tr("Queued. \"Resume\" on the page \"Download\" starts it.").toStdString());
+  if (form.StatusBar.times_said() != said || form.ldown.version() == list_before) return;
+  const QString note = starts_by_itself()
+                           ? tr("Queued.")
+                           : tr("Queued. \"Resume\" on the page \"Download\" starts it.");
+  form.StatusBar.set_note(note.toStdString());
 }
 
 QString SearchPage::empty_hint() const {

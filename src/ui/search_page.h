@@ -22,6 +22,7 @@ class SearchPage final : public QWidget {
  private:
   void follow_form(FormBinding& bind);
   [[nodiscard]] QString empty_hint() const;
+  [[nodiscard]] bool starts_by_itself() const;
   void queue_and_tell(const std::function<void()>& queue);
 
   Servent& servent_;

@@ -6,6 +6,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QVBoxLayout>
+#include <initializer_list>
 
 #include "ui/page_layout.h"
 #include "ui/widgets/form_binding.h"
@@ -20,13 +21,16 @@ UploadPage::UploadPage(Form& form, FormBinding& bind, QWidget* parent) : QWidget
   auto* column = new QVBoxLayout(this);
   ListTable* uploads = bind.list(form.lupload);
   uploads->set_activate_text(tr("Stop the upload"));
-  bind.follow(form.sharesize_config, this, [uploads, &form] {
-    const bool shares = form.sharesize_config.text() != "0";
-    uploads->set_empty_hint(shares
-                                ? tr("Nobody fetches a file from you.")
-                                : tr("Nobody fetches a file from you. Share a folder on the page "
-                                     "\"Configuration\", and press \"Scan\"."));
-  });
+  for (Control* told :
+       std::initializer_list<Control*>{&form.sharenum_config, &form.sharesize_config}) {
+    bind.follow(*told, this, [uploads, &form] {
+      const bool shares = form.sharenum_config.text() != "0" || form.sharesize_config.text() != "0";
+      uploads->set_empty_hint(shares
+                                  ? tr("Nobody fetches a file from you.")
+                                  : tr("Nobody fetches a file from you. Share a folder on the page "
+                                       "\"Configuration\", and press \"Scan\"."));
+    });
+  }
   column->addWidget(uploads, 1);
 
   auto* limits = form_rows();

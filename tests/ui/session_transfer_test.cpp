@@ -118,6 +118,17 @@ TEST_F(TransferSession, FindsSortsQueuesAndFetchesAFile) {
   EXPECT_EQ(rig_.widget<QLabel>(form().totalsearch).text(), "0");
 }
 
+TEST_F(TransferSession, WithWholeFilesAQueuedResultStartsByItself) {
+  form().behaviour_boxes[7].click();
+  form().down_config.set_text("/mine");
+  connect_to_other();
+  search("song");
+  double_click(form().lfound, "song");
+  EXPECT_EQ(rig_.status(), "Queued.");
+  rig_.settle(10'000);
+  EXPECT_TRUE(my_files().exists("/mine/song.ogg"));
+}
+
 TEST_F(TransferSession, SharesAFolderAndStopsAnUpload) {
   rig_.go_to(Page::configuration);
   rig_.type(form().upload_config, "/share");

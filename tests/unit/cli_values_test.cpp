@@ -27,6 +27,14 @@ TEST(CliValues, AValueTakesTheFormOfItsControl) {
   }
 }
 
+TEST(CliValues, WhatIsSharedAsText) {
+  EXPECT_EQ(shared_text(3U, 4096U), "3 files, 4,096 bytes");
+  EXPECT_EQ(shared_text(1U, 0U, " shared"), "1 file shared, 0 bytes");
+  EXPECT_EQ(shared_text(0U, 0U, " shared"), "0 files shared, 0 bytes");
+  EXPECT_EQ(shared_text(0U, 4096U, " shared"),
+            "4,096 bytes shared, as an earlier scan listed them");
+}
+
 TEST(CliValues, ValuesAsText) {
   EXPECT_EQ(value_text("a text"), "a text");
   EXPECT_EQ(value_text(true), "true");

@@ -101,6 +101,7 @@ void FormBinding::flush() {
     std::vector<Follower>& followers = followers_[control];
     std::erase_if(followers, [](const Follower& follower) { return !follower.owner; });
     for (std::size_t i = 0; i < followers.size(); ++i) {
+      if (!followers[i].owner) continue;          // it went in this flush
       const auto refresh = followers[i].refresh;  // it may add a follower
       apply(*refresh);
     }
