@@ -1,6 +1,7 @@
 // The page "Search": the search field, its three slots and the results. It lays out the widgets
 // that the binding makes for its controls; the keyboard focus of the page is its search field.
-// While there are no results, the list says what to do about it. The servent is not owned.
+// While there are no results, the list says what to do about it; a result that was queued is noted
+// in the status bar. The servent is not owned.
 #pragma once
 
 #include <QWidget>
