@@ -21,9 +21,6 @@ namespace {
 
 constexpr std::size_t kMaxLoggedMessage = 500;
 constexpr std::size_t kMaxServerName = 255;
-// An upload server takes a client that is gone before its next tick for one that did not receive
-// the file, so after the last byte the close is left to the server for so long.
-constexpr int kFarewellMs = 5000;
 
 }  // namespace
 
@@ -44,9 +41,7 @@ class DownloadClient::Element : public SocketEvents {
   void on_disconnect() override {
     if (entry != 0 && !finishing) return client_.no_more(*this, "Disconnected");
     socket.reset();
-    farewell.reset();
   }
-  [[nodiscard]] bool free() const { return entry == 0 && !socket; }
 
   std::size_t entry = 0;    // of the download list; 0 while none is being fetched
   std::uint64_t start = 0;  // the first byte that this connection asked for
@@ -67,7 +62,6 @@ class DownloadClient::Element : public SocketEvents {
   std::unique_ptr<Socket> socket;
   std::unique_ptr<Timer> timeout_downl_t;
   std::unique_ptr<Timer> silence;
-  std::unique_ptr<Timer> farewell;
 
  private:
   DownloadClient& client_;
@@ -85,7 +79,8 @@ DownloadClient::DownloadClient(EventLoop& loop, Network& network, Files& files, 
       version_(std::move(version)),
       pushes_(pushes),
       behaviour_(behaviour),
-      downl_(kMaxDownloads) {}
+      downl_(kMaxDownloads),
+      farewells_(loop) {}
 
 DownloadClient::~DownloadClient() { *alive_ = false; }
 
@@ -95,7 +90,7 @@ DownloadRecord& DownloadClient::record_of(const Element& element) {
 
 DownloadClient::Element& DownloadClient::free_element() {
   const auto free =
-      std::find_if(downl_.begin(), downl_.end(), [](const auto& e) { return e->free(); });
+      std::find_if(downl_.begin(), downl_.end(), [](const auto& e) { return e->entry == 0; });
   if (free != downl_.end()) return **free;
   auto element = std::make_unique<Element>(*this);
   downl_.resize(downl_.upper_bound() + 1);
@@ -190,9 +185,8 @@ void DownloadClient::close_all() {
   while (!finishing_.empty()) finish_next();
   for (const auto& element : downl_) {
     if (element->entry != 0) end(*element, "Disconnected");
-    element->socket.reset();
-    element->farewell.reset();
   }
+  farewells_.close_all();
 }
 
 void DownloadClient::downl_Connect(Element& element) {
@@ -508,15 +502,9 @@ void DownloadClient::finish(Element& element) {
 }
 
 void DownloadClient::end_as_done(Element& element) {
-  auto farewell = loop_.make_timer(kFarewellMs, [&element] {
-    element.socket.reset();
-    element.farewell.reset();
-  });
   std::unique_ptr<Socket> socket = std::move(element.socket);
   end(element, "Done");
-  element.socket = std::move(socket);
-  element.farewell = std::move(farewell);
-  element.farewell->set_enabled(true);
+  farewells_.leave(std::move(socket));
 }
 
 }  // namespace velmora

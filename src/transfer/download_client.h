@@ -23,6 +23,7 @@
 #include "platform/one_based.h"
 #include "share/questions.h"
 #include "transfer/download_list.h"
+#include "transfer/farewells.h"
 
 namespace velmora {
 
@@ -113,6 +114,7 @@ class DownloadClient : public OfferTaker {
   PushSender* pushes_;
   const Behaviour& behaviour_;
   OneBased<std::unique_ptr<Element>> downl_;
+  Farewells farewells_;
   std::deque<Element*> finishing_;  // all bytes are there; the file gets its name in a later turn
   // Continuations look here whether the client still exists.
   std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);

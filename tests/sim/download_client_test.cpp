@@ -345,6 +345,25 @@ TEST_F(DownloadTest, EndsThatComeTogetherTakeATurnEach) {
   }
 }
 
+// The server is gone before the file is whole on disk, as one is that closes behind the last byte.
+TEST_F(DownloadTest, AFinishedDownloadLeavesNothingToTheNextOne) {
+  queue("small.mp3", 4);
+  RawPeer& first = resume();
+  send(first, {header("4")});
+  first.send("0123");
+  first.close();
+  world_.run_for(10);
+  EXPECT_EQ(status(), "Done");
+  queue("slow.mp3", 4);  // the same place in the list, and the same element
+  RawPeer& second = resume();
+  send(second, {header("4"), "01"});
+  world_.run_for(10'000);
+  EXPECT_TRUE(second.connected());
+  send(second, {"23"});
+  expect_ended(second, "Done");
+  EXPECT_EQ(files().content("/down/slow.mp3"), "0123");
+}
+
 TEST_F(DownloadTest, NeverReplacesAFile) {
   queue("song.mp3", 10);
   RawPeer& peer = resume();
